@@ -1,0 +1,29 @@
+// The status byte of a ZCL response.
+#pragma once
+
+namespace qx {
+
+/// The values of a ZCL status byte that have a name in the ZCL standard. Any other value may arrive.
+enum ZclStatus : int {
+  ZCL_SUCCESS = 0,
+  ZCL_FAILURE = 1,
+  ZCL_MALFORMED_COMMAND = 128,
+  ZCL_UNSUP_CLUSTER_COMMAND = 129,
+  ZCL_UNSUP_GENERAL_COMMAND = 130,
+  ZCL_UNSUP_MANUF_CLUSTER_COMMAND = 131,
+  ZCL_UNSUP_MANUF_GENERAL_COMMAND = 132,
+  ZCL_INVALID_FIELD = 133,
+  ZCL_UNSUPPORTED_ATTRIBUTE = 134,
+  ZCL_INVALID_VALUE = 135,
+  ZCL_READ_ONLY = 136,
+  ZCL_INSUFFICIENT_SPACE = 137,
+  ZCL_DUPLICATE_EXISTS = 138,
+  ZCL_NOT_FOUND = 139,
+  ZCL_UNREPORTABLE_ATTRIBUTE = 140,
+  ZCL_INVALID_DATA_TYPE = 141,
+  ZCL_HARDWARE_FAILURE = 192,
+  ZCL_SOFTWARE_FAILURE = 193,
+  ZCL_CALIBRATION_ERROR = 194,
+};
+
+}  // namespace qx
