@@ -1,0 +1,15 @@
+// A frame as it came off the air, with the ids that it travelled under.
+#pragma once
+
+#include "vso/identifiers/U255Buff.h"
+
+namespace qx::app {
+
+struct ReceivedFrame {
+  unsigned short profile = 0;
+  unsigned short cluster = 0;
+  /// From the frame control byte on, or from the sequence number on for ZDO.
+  U255Buff<unsigned char> bytes;
+};
+
+}  // namespace qx::app

@@ -1,0 +1,190 @@
+#include "apps/vso/decode/decodeCommand.h"
+
+#include <fcntl.h>
+#include <log4cplus/loglevel.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "apps/vso/ExitStatus.h"
+#include "apps/vso/LineReader.h"
+#include "apps/vso/Output.h"
+#include "apps/vso/decode/FrameLine.h"
+#include "apps/vso/decode/JsonPrinter.h"
+#include "apps/vso/decode/TextPrinter.h"
+#include "apps/vso/decode/decodeFrame.h"
+#include "qxlogger/Logger.h"
+#include "qxshared/cleanString.h"
+
+namespace qx::app {
+
+namespace {
+
+constexpr const char* STANDARD_INPUT = "-";
+
+constexpr const char* HELP = R"(Lines:
+  A line holds one frame: profile, cluster, and the bytes from the frame control
+  (ZDO: from the sequence number) on. A '#' starts a comment.
+
+    0x0104 0x0006 18 05 01 00 00 00 10 01     # read attributes response
+    260 6 180501000000 1001                   # the same
+
+  Or it is a JSON object with these three keys and any others:
+
+    {"profile": 260, "cluster": "0x0006", "hex": "1805010000001001"}
+
+  Numbers are in C notation (0x0104, 260, octal 0404), digits of bytes of either
+  case with blanks anywhere. Profile 0 is ZDO, all others are ZCL.
+
+Output:
+  A block of text for each frame; with --json an object a line, in which header
+  fields that a frame does not have are null, and a line that cannot be read
+  gives an object with "hex" and "error".
+
+Examples:
+  vso decode frames.txt
+  echo '0x0104 8 01 05 00 80 0a 00' | vso decode
+  vso decode --json frames.txt | jq 'select(.readings.on)'
+
+Exit status:
+  0  every line was decoded, be the frames whole or cut short
+  1  a line or a file could not be read (standard error says which; the others
+     are decoded all the same), or the output could not be written
+  2  wrong usage)";
+
+struct Options {
+  std::vector<std::string> files;
+  bool json = false;
+  std::string colour = "auto";
+};
+
+TextPrinter::Colour colourFor(const std::string& choice) {
+  const char* const noColour = std::getenv("NO_COLOR");
+  const bool isWelcome = ::isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == '\0');
+  const bool isWanted = choice == "always" || (choice == "auto" && isWelcome);
+  return isWanted ? TextPrinter::Colour::ANSI : TextPrinter::Colour::NONE;
+}
+
+std::unique_ptr<FramePrinter> printerFor(const Options& options) {
+  if (options.json) return std::make_unique<JsonPrinter>();
+  return std::make_unique<TextPrinter>(colourFor(options.colour));
+}
+
+/// Closes its descriptor in the end.
+class OpenFile {
+ public:
+  explicit OpenFile(const std::string& name) : descriptor_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  ~OpenFile() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+  int descriptor() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+class Decoding {
+ public:
+  explicit Decoding(const Options& options) : printer_(printerFor(options)), output_(STDOUT_FILENO) {}
+
+  /// Returns the exit status.
+  int run(const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
+      if (output_.error() != 0) break;
+      if (file == STANDARD_INPUT) {
+        decodeLines(STDIN_FILENO, "<stdin>");
+      } else {
+        decodeFile(file);
+      }
+    }
+    output_.flush();
+    if (output_.error() != 0) complain("standard output", output_.error());
+    return status_;
+  }
+
+ private:
+  void decodeFile(const std::string& name) {
+    const OpenFile file(name);
+    if (file.descriptor() < 0) {
+      complain(name, errno);
+    } else {
+      decodeLines(file.descriptor(), name);
+    }
+  }
+
+  void decodeLines(int descriptor, const std::string& name) {
+    // Whoever feeds a pipe and waits sees what has been said so far.
+    LineReader reader(descriptor, [this] { output_.flush(); });
+    while (output_.error() == 0 && reader.next()) decodeLine(reader, name);
+    if (reader.error() != 0) complain(name, reader.error());
+  }
+
+  void decodeLine(const LineReader& reader, const std::string& name) {
+    try {
+      const FrameLine line = reader.isTooLong() ? tooLong() : parseFrameLine(reader.line());
+      if (const auto* const frame = std::get_if<ReceivedFrame>(&line)) {
+        output_.write(printer_->print(decodeFrame(*frame)));
+      } else if (const auto* const unreadable = std::get_if<UnreadableLine>(&line)) {
+        refuse(*unreadable, reader, name);
+      }
+    } catch (const std::exception& error) {
+      refuse({"cannot be decoded: " + cleanString(error.what()), std::nullopt}, reader, name);
+    }
+  }
+
+  static FrameLine tooLong() {
+    return UnreadableLine{"longer than " + std::to_string(LineReader::LONGEST_LINE) + " bytes", std::nullopt};
+  }
+
+  void refuse(const UnreadableLine& line, const LineReader& reader, const std::string& name) {
+    output_.write(printer_->print(line));
+    // On a terminal both streams come out in the order of the lines.
+    output_.flush();
+    std::cerr << name << ":" << reader.number() << ": " << line.reason << "\n";
+    status_ = ExitStatus::TROUBLE;
+  }
+
+  void complain(const std::string& name, int error) {
+    output_.flush();
+    std::cerr << "vso: " << name << ": " << std::generic_category().message(error) << "\n";
+    status_ = ExitStatus::TROUBLE;
+  }
+
+  std::unique_ptr<FramePrinter> printer_;
+  Output output_;
+  int status_ = ExitStatus::DONE;
+};
+
+int decode(const Options& options) {
+  // The library warns of each short frame and each value that does not print. The output says both.
+  Logger::setLevel(log4cplus::FATAL_LOG_LEVEL);
+  return Decoding(options).run(options.files.empty() ? std::vector<std::string>{STANDARD_INPUT} : options.files);
+}
+
+}  // namespace
+
+void addDecodeCommand(CLI::App& program, std::function<int()>& chosen) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = program.add_subcommand("decode", "Show what frames say: header, attributes, fields.");
+  command->add_option("FILE", options->files, "Files with one frame a line; - or none for standard input")
+      ->option_text("...");
+  command->add_flag("--json", options->json, "Print one JSON object a line");
+  command->add_option("--color", options->colour, "auto: on a terminal, unless NO_COLOR is set")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->option_text("auto|always|never");
+  command->footer(HELP);
+  command->callback([options, &chosen] { chosen = [options] { return decode(*options); }; });
+}
+
+}  // namespace qx::app

@@ -1,0 +1,29 @@
+#include "apps/vso/decode/decodeFrame.h"
+
+#include "apps/vso/decode/decodeZcl.h"
+#include "apps/vso/decode/decodeZdo.h"
+#include "vso/identifiers/hexify.h"
+
+namespace qx::app {
+
+namespace {
+
+constexpr unsigned short ZDO_PROFILE = 0x0000;
+
+}  // namespace
+
+DecodedFrame decodeFrame(const ReceivedFrame& received) {
+  DecodedFrame decoded;
+  decoded.profile = received.profile;
+  decoded.cluster = received.cluster;
+  decoded.length = received.bytes.length_;
+  hexify(received.bytes.contents, received.bytes.length_, decoded.hex, false);
+  if (received.profile == ZDO_PROFILE) {
+    decodeZdo(received, decoded);
+  } else {
+    decodeZcl(received, decoded);
+  }
+  return decoded;
+}
+
+}  // namespace qx::app

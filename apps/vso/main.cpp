@@ -1,0 +1,67 @@
+// The command-line program `vso`.
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <system_error>
+
+#include "apps/vso/ExitStatus.h"
+#include "apps/vso/Output.h"
+#include "apps/vso/decode/decodeCommand.h"
+
+namespace {
+
+using namespace qx::app;
+
+/// Prints help or version, which reach us as a parse that ended early.
+int answer(const CLI::App& program, const CLI::ParseError& request) {
+  std::ostringstream text;
+  program.exit(request, text, text);
+  Output output(STDOUT_FILENO);
+  output.write(text.str());
+  output.flush();
+  if (output.error() == 0) return ExitStatus::DONE;
+  std::cerr << "vso: standard output: " << std::generic_category().message(output.error()) << "\n";
+  return ExitStatus::TROUBLE;
+}
+
+int refuse(const CLI::App& program, const CLI::ParseError& error) {
+  std::string command = "vso";
+  for (const CLI::App* named : program.get_subcommands()) command += " " + named->get_name();
+  std::cerr << "vso: " << error.what() << "\nTry '" << command << " --help'.\n";
+  return ExitStatus::USAGE;
+}
+
+int run(int argc, char** argv) {
+  CLI::App program("Tools for the frames of a Zigbee mesh.", "vso");
+  program.set_version_flag("--version", "vso " VSO_VERSION);
+  program.require_subcommand(1);
+  program.footer("'vso COMMAND --help' tells more of a command.");
+  std::function<int()> chosen;
+  addDecodeCommand(program, chosen);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const bool isRequest = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
+    return isRequest ? answer(program, error) : refuse(program, error);
+  }
+  return chosen();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A pipe that nobody reads any more is then a failed write, which is reported.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "vso: " << error.what() << "\n";
+    return ExitStatus::TROUBLE;
+  }
+}
