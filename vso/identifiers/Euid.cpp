@@ -12,14 +12,12 @@ namespace qx {
 
 namespace {
 
-constexpr std::uint64_t ALL_ONES = 0xFFFFFFFFFFFFFFFF;
-
 std::uint32_t rotateRight(std::uint32_t value, unsigned int bits) { return value >> bits | value << (32 - bits); }
 
 }  // namespace
 
-const Euid Euid::INVALID(ALL_ONES);
-const Euid Euid::ALL(ALL_ONES);
+const Euid Euid::INVALID{AllOnes{}};
+const Euid Euid::ALL{AllOnes{}};
 
 Euid::Euid(const unsigned char* bytes) noexcept {
   if (bytes != nullptr) std::memcpy(&id_, bytes, sizeof id_);

@@ -8,6 +8,11 @@
 
 namespace qx {
 
+class XmlWriter;
+namespace pb {
+class EuidPBuf;
+}
+
 /// A long address. Its 8 bytes are held as they are displayed, most significant byte of the address first, which is
 /// the reverse of their order on the air: frame code calls `byteSwap` on the way in and out.
 ///
@@ -53,8 +58,17 @@ class Euid {
   /// 16 lowercase hexadecimal digits.
   std::string toString() const;
 
+  /// A new message with the integer view. Caller owns the result.
+  pb::EuidPBuf* toProtobuf() const;
+  /// Takes the integer view. True on failure, of which there is none.
+  bool fromProtobuf(const pb::EuidPBuf& message);
+  bool fromProtobuf(unsigned long long id);
+  /// Writes an element `name` with the integer view in decimal.
+  void toXml(XmlWriter& writer, const std::string& name) const;
+
  private:
-  explicit constexpr Euid(std::uint64_t id) noexcept : id_(id) {}
+  struct AllOnes {};
+  explicit constexpr Euid(AllOnes) noexcept : id_(0xFFFFFFFFFFFFFFFF) {}
   unsigned char* bytes() noexcept { return reinterpret_cast<unsigned char*>(&id_); }
   /// The 8 bytes as a little-endian integer, whatever the byte order of the machine.
   std::uint64_t integer() const noexcept;

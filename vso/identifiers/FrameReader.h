@@ -9,7 +9,8 @@ namespace qx {
 
 /// A cursor over bytes from outside. It has two bounds: the end of what was received says when a walk is over
 /// (`more()`), the end of the storage says which bytes exist. Between the two, bytes are read as they stand; behind the
-/// storage every byte reads as zero, and the cursor moves on all the same. Nothing throws and nothing allocates.
+/// storage every byte reads as zero, and the cursor moves on all the same (a frame's walk never brings it near the end
+/// of its 32 bits). Nothing throws and nothing allocates.
 ///
 /// The byte order of a number is in the name of its reader, since both orders occur in one frame.
 class FrameReader {
@@ -72,7 +73,7 @@ class FrameReader {
   /// Writes the next `count` bytes to `out`. The only load.
   void bytes(unsigned char* out, unsigned int count) noexcept {
     if (at_ <= capacity_ && count <= capacity_ - at_) {
-      std::memcpy(out, storage_ + at_, count);
+      if (count != 0) std::memcpy(out, storage_ + at_, count);
     } else {
       const unsigned int stored = at_ < capacity_ ? capacity_ - at_ : 0;
       if (stored != 0) std::memcpy(out, storage_ + at_, stored);

@@ -7,6 +7,12 @@
 
 namespace qx {
 
+class XmlReader;
+class XmlWriter;
+namespace pb {
+class PanIdPBuf;
+}
+
 /// An extended PAN id. Its 8 bytes are held in the order in which they arrive and compare byte by byte, byte 0 first.
 class PanId {
  public:
@@ -51,6 +57,16 @@ class PanId {
   void copy(unsigned char* out) const noexcept;
   /// 16 lowercase hexadecimal digits.
   operator std::string() const;
+
+  /// A new message with the 8 bytes. Caller owns the result.
+  pb::PanIdPBuf* toProtobuf() const;
+  /// Takes the first 8 bytes. True on failure: fewer than 8 were there, and the others keep their value.
+  bool fromProtobuf(const pb::PanIdPBuf& message);
+  /// Writes an element `name` with the digits in an element "addr".
+  void toXml(XmlWriter& writer, const std::string& name) const;
+  /// Reads on to the next element "addr" and takes its 16 digits. True on failure: the text is of another length, and
+  /// the id unchanged, or the reader is in its error state. A document without an "addr" is a failure too.
+  bool fromXml(XmlReader& reader);
 
  private:
   struct AllOnes {};

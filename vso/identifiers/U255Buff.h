@@ -8,7 +8,8 @@ namespace qx {
 /// A fixed-capacity buffer: `contents[0 .. length_)` is in use. Never allocates and never throws.
 ///
 /// Only whole-buffer copies check the capacity. `length_` is a plain field, and a careless writer can set it above
-/// CAPACITY; FrameReader and FrameWriter, through which all frame code goes, stay inside the storage all the same.
+/// CAPACITY; FrameReader and FrameWriter, through which frame fields are read and written, stay inside the storage all
+/// the same.
 ///
 /// Instantiated for unsigned char (frames) and unsigned short (source routes).
 template <typename T>
@@ -31,6 +32,9 @@ class U255Buff {
   /// Copies the elements in use and leaves the others. A source whose length does not fit changes nothing.
   U255Buff& operator=(const U255Buff& other) noexcept;
   virtual ~U255Buff() = default;
+
+  /// `length_` cut to the capacity: how many of the elements in use exist.
+  unsigned int storedLength() const noexcept { return length_ < CAPACITY ? length_ : CAPACITY; }
 
   T contents[CAPACITY];
   unsigned int length_;

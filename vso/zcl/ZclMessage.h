@@ -30,9 +30,9 @@ class WriteAttributeReportRecord;
 ///   3        5                               payload
 ///
 /// To read a frame, construct from its bytes and call readers in any order. To build one, construct, call builders, and
-/// send the bytes; a builder replaces the payload and keeps the header. A frame never allocates, and nothing here
-/// throws. A frame that is too short for its header is only warned of: its readers go on and return what the buffer
-/// holds, mostly zeros.
+/// send the bytes; a builder replaces the payload and keeps the header. A frame never allocates (the lists
+/// that its readers fill do, and a warning that is let through), and nothing here throws of its own. A frame that is
+/// too short for its header is only warned of: its readers go on and return what the buffer holds, mostly zeros.
 ///
 /// An object belongs to one thread. The sequence counter is shared by all of them without a lock, so two frames that
 /// are built at the same moment may carry the same number.
@@ -113,7 +113,8 @@ class ZclMessage : public U255Buff<unsigned char> {
   // frame control nor command identifier; what does not fit into 255 bytes is dropped with one warning. Values are
   // expected in wire form (see AttributeRecordData). Readers clear the list and append a record for each one in the
   // frame, up to its length. A value that runs past the frame's end is read from what the buffer holds there. A type
-  // that is not known has no value bytes, and the walk goes on behind the type.
+  // that is not known has no value bytes, and the walk goes on behind the type. What answers without a list, such as
+  // `hasReadAttributeId` and the typed readers of the clusters, walks the frame itself and calls no list reader.
 
   /// True if the list of a read attributes command holds this id.
   virtual bool hasReadAttributeId(unsigned short id) const;

@@ -23,9 +23,12 @@ void addTypeAndValue(FrameWriter& payload, const AttributeRecordData& record) {
       .appendTo(payload);
 }
 
-void addIdAndValue(FrameWriter& payload, const AttributeRecordData& record) {
-  payload.u16le(record.id_);
-  addTypeAndValue(payload, record);
+template <typename Record>
+void addIdsAndValues(FrameWriter& payload, const std::vector<Record>& records) {
+  for (const Record& record : records) {
+    payload.u16le(record.id_);
+    addTypeAndValue(payload, record);
+  }
 }
 
 /// Appends a cleared record. The list grows at most once a frame: moving records of 200 bytes costs more than walking
@@ -72,7 +75,7 @@ bool ZclMessage::hasReadAttributeId(unsigned short id) const {
 
 void ZclMessage::setWriteAttributes(const std::vector<WriteAttributeRecord>& records) {
   FrameWriter out = newPayload();
-  for (const WriteAttributeRecord& record : records) addIdAndValue(out, record);
+  addIdsAndValues(out, records);
   endPayload(out);
 }
 
@@ -80,7 +83,7 @@ void ZclMessage::getWriteAttributes(std::vector<WriteAttributeRecord>& records) 
 
 void ZclMessage::setReportAttributes(const std::vector<ReportAttributeRecord>& records) {
   FrameWriter out = newPayload();
-  for (const ReportAttributeRecord& record : records) addIdAndValue(out, record);
+  addIdsAndValues(out, records);
   endPayload(out);
 }
 

@@ -9,7 +9,7 @@ struct ZclReading {
   static constexpr unsigned int ANSWERED = 1;
   static constexpr unsigned int NOT_ANSWERED = 2;
 
-  /// The value found; 0 if there is none.
+  /// The value found; 0 if there is none, unless the reader says otherwise.
   T value = T();
   /// ANSWERED or NOT_ANSWERED.
   unsigned int state = NOT_ANSWERED;
