@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/vso/frames/SecondDecoder.h"
 #include "vso/identifiers/hexify.h"
 #include "vso/zcl/ReadAttributeStatusRecord.h"
 #include "vso/zcl/ReportAttributeRecord.h"
@@ -24,8 +25,6 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr unsigned int STORAGE = 255;
-constexpr std::size_t DATA_SIZE = 200;
 constexpr std::size_t MOST_IDS = 126;     // of 2 bytes behind a header of 3
 constexpr std::size_t MOST_RECORDS = 84;  // of at least 3 bytes
 
@@ -34,120 +33,6 @@ constexpr unsigned char REPORT = 10;
 
 void require(bool holds, const char* claim) {
   if (!holds) throw std::logic_error(claim);
-}
-
-// The second decoder. It indexes the storage and computes sizes from the code's bits, so that it shares neither reader
-// nor table with the library.
-
-unsigned char byteAt(const ZclMessage& frame, unsigned int offset) {
-  return offset < STORAGE ? frame.contents[offset] : 0;
-}
-
-unsigned short wordAt(const ZclMessage& frame, unsigned int offset) {
-  return static_cast<unsigned short>(byteAt(frame, offset) + 256 * byteAt(frame, offset + 1));
-}
-
-unsigned int headerOf(const ZclMessage& frame) { return frame.isManufacturerSpecific() ? 5 : 3; }
-unsigned int endOf(const ZclMessage& frame) { return std::min(frame.length_, STORAGE); }
-
-bool isText(unsigned char type) { return type == 0x40 || type == 0x42; }
-bool isOctets(unsigned char type) { return type == 0x41; }
-
-bool isKnown(unsigned char type) {
-  switch (type & 0xF8) {
-    case 0x08:
-    case 0x18:
-    case 0x20:
-    case 0x28:
-      return (type & 0x07) <= 3;  // data, bitmap, unsigned, signed: 1 to 4 bytes
-    case 0x10:
-    case 0xF0:
-      return (type & 0x07) == 0;  // boolean, address
-    case 0x30:
-    case 0xE0:
-      return (type & 0x07) <= 1;  // enumerations, times
-    case 0x38:
-    case 0x40:
-    case 0xE8:
-      return (type & 0x07) <= 2;  // floats, strings, identifiers
-    default:
-      return false;
-  }
-}
-
-unsigned int sizeAt(const ZclMessage& frame, unsigned int offset, unsigned char type) {
-  if (!isKnown(type)) return 0;
-  if (isText(type) || isOctets(type)) return 1U + byteAt(frame, offset);
-  if (type == 0xF0) return 8;
-  if (type == 0x10) return 1;
-  if (type == 0xE8 || type == 0xE9) return 2;
-  if (type >= 0xE0) return 4;
-  if (type >= 0x38) return 2U << (type & 0x03);
-  return 1U + (type & 0x03);
-}
-
-struct StatedRecord {
-  unsigned short id = 0;
-  unsigned char status = 0;
-  unsigned char type = 0;
-  unsigned int valueAt = 0;  // offset in the frame
-  unsigned int valueSize = 0;
-};
-
-struct StatedList {
-  std::vector<StatedRecord> records;
-  bool whole = false;  // the last record ends where the frame does
-};
-
-enum class Form { READABLE, WIRE };
-enum class Layout { VALUE, STATUS_VALUE, STATUS_ID };
-
-StatedList statedList(const ZclMessage& frame, Layout layout) {
-  StatedList list;
-  StatedRecord record;
-  unsigned int at = headerOf(frame);
-  while (at < endOf(frame)) {
-    bool hasValue = layout == Layout::VALUE;
-    if (layout == Layout::STATUS_ID) {
-      record.status = byteAt(frame, at);
-      record.id = wordAt(frame, at + 1);
-      at += 3;
-    } else {
-      record.id = wordAt(frame, at);
-      at += 2;
-    }
-    if (layout == Layout::STATUS_VALUE) {
-      record.status = byteAt(frame, at++);
-      hasValue = record.status == 0;
-    }
-    if (hasValue) {
-      record.type = byteAt(frame, at++);
-      record.valueAt = at;
-      record.valueSize = sizeAt(frame, at, record.type);
-      at += record.valueSize;
-    }
-    list.records.push_back(record);
-  }
-  list.whole = at == frame.length_;
-  return list;
-}
-
-/// `data_` of a record that holds the value in this form.
-AttributeRecordData::Data dataOf(const ZclMessage& frame, const StatedRecord& record, Form form) {
-  const bool isStripped = form == Form::READABLE && (isText(record.type) || isOctets(record.type));
-  AttributeRecordData::Data data;
-  data.fill(0);
-  std::size_t filled = 0;
-  for (unsigned int i = isStripped ? 1 : 0; i < record.valueSize && filled < DATA_SIZE; ++i) {
-    const unsigned char byte = byteAt(frame, record.valueAt + i);
-    if (isStripped && isOctets(record.type)) {
-      data[filled++] = static_cast<unsigned char>("0123456789abcdef"[byte / 16]);
-      data[filled++] = static_cast<unsigned char>("0123456789abcdef"[byte % 16]);
-    } else {
-      data[filled++] = byte;
-    }
-  }
-  return data;
 }
 
 unsigned char statusOf(const AttributeRecordData&) { return 0; }

@@ -1,7 +1,9 @@
 #include "tests/vso/frames/FramesFile.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "support/Bytes.h"
@@ -37,6 +39,12 @@ std::vector<RecordedFrame> readFrames(const std::string& path) {
   std::ifstream in(path);
   for (std::string line; std::getline(in, line);) frames.push_back(frameOf(nlohmann::json::parse(line)));
   return frames;
+}
+
+std::size_t countFrames(const std::string& path) {
+  std::ifstream in(path);
+  return static_cast<std::size_t>(
+      std::count(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>(), '\n'));
 }
 
 }  // namespace qx::test

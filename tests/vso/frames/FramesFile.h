@@ -1,6 +1,7 @@
 // Files of frames that were recorded from devices or taken from the tests of others.
 #pragma once
 
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -29,5 +30,8 @@ std::optional<std::string> pathOfFrames(const std::string& file);
 
 /// All frames of a file, in its order. Throws on a line that is no frame.
 std::vector<RecordedFrame> readFrames(const std::string& path);
+
+/// How many frames a file has, by its lines alone.
+std::size_t countFrames(const std::string& path);
 
 }  // namespace qx::test

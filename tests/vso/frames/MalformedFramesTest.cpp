@@ -77,47 +77,57 @@ void expectWholeRecordsBeforeEveryCut(const RecordedFrame& frame, Reader<Record>
   EXPECT_TRUE(longer.empty()) << name << " of " << frame.id << " without a byte";
 }
 
-void expectProperties(const RecordedFrame& frame, const U255Buff<unsigned char>& bytes) {
-  EXPECT_NO_THROW(requireFrameProperties(bytes)) << frame.id << ": " << hex(bytes);
-}
+/// The tests of the frames of a file.
+class FramesOfFile : public ::testing::Test {
+ protected:
+  explicit FramesOfFile(const std::string& file) : file_(file) {}
 
-std::vector<RecordedFrame> framesOf(const std::string& file) {
-  const std::optional<std::string> path = pathOfFrames(file);
-  return path ? readFrames(*path) : std::vector<RecordedFrame>();
-}
+  void SetUp() override {
+    const std::optional<std::string> path = pathOfFrames(file_);
+    if (!path) GTEST_SKIP() << "VSO_FRAMES_DIR names no folder with a file " << file_;
+    frames_ = readFrames(*path);
+    ASSERT_EQ(frames_.size(), countFrames(*path));
+    ASSERT_FALSE(frames_.empty());
+  }
 
-constexpr char SKIPPED[] = "VSO_FRAMES_DIR names no folder with the file ";
+  std::vector<RecordedFrame> frames_;
 
-TEST(MalformedFrames, KeepTheProperties) {
-  if (!pathOfFrames("malformed.jsonl")) GTEST_SKIP() << SKIPPED << "malformed.jsonl";
-  const LogCapture log;
-  const std::vector<RecordedFrame> frames = framesOf("malformed.jsonl");
+ private:
+  std::string file_;
+};
+
+class MalformedFrames : public FramesOfFile {
+ protected:
+  MalformedFrames() : FramesOfFile("malformed.jsonl") {}
+};
+
+class TruncatedFrames : public FramesOfFile {
+ protected:
+  TruncatedFrames() : FramesOfFile("open.jsonl") {}
+};
+
+void expectPropertiesAtEveryLength(const std::vector<RecordedFrame>& frames) {
   for (const RecordedFrame& frame : frames) {
     for (unsigned int length = 0; length <= frame.bytes.length_; ++length) {
-      expectProperties(frame, cut(frame.bytes, length));
+      EXPECT_NO_THROW(requireFrameProperties(cut(frame.bytes, length)))
+          << frame.id << ": " << hex(cut(frame.bytes, length));
     }
   }
-  EXPECT_FALSE(frames.empty());
 }
 
-TEST(TruncatedFrames, KeepTheProperties) {
-  if (!pathOfFrames("open.jsonl")) GTEST_SKIP() << SKIPPED << "open.jsonl";
-  const LogCapture quiet(NO_LOGGING);
-  unsigned int compared = 0;
-  for (const RecordedFrame& frame : framesOf("open.jsonl")) {
-    for (unsigned int length = 0; length <= frame.bytes.length_; ++length) {
-      expectProperties(frame, cut(frame.bytes, length));
-      ++compared;
-    }
-  }
-  EXPECT_GT(compared, 0U);
+TEST_F(MalformedFrames, KeepTheProperties) {
+  const LogCapture log;
+  expectPropertiesAtEveryLength(frames_);
 }
 
-TEST(TruncatedFrames, HaveTheRecordsBeforeTheCut) {
-  if (!pathOfFrames("open.jsonl")) GTEST_SKIP() << SKIPPED << "open.jsonl";
+TEST_F(TruncatedFrames, KeepTheProperties) {
   const LogCapture quiet(NO_LOGGING);
-  unsigned int compared = 0;
-  for (const RecordedFrame& frame : framesOf("open.jsonl")) {
+  expectPropertiesAtEveryLength(frames_);
+}
+
+TEST_F(TruncatedFrames, HaveTheRecordsBeforeTheCut) {
+  const LogCapture quiet(NO_LOGGING);
+  for (const RecordedFrame& frame : frames_) {
     expectWholeRecordsBeforeEveryCut<unsigned short>(frame, &ZclMessage::getReadAttributes, "ids");
     expectWholeRecordsBeforeEveryCut<ReportAttributeRecord>(frame, &ZclMessage::getReportAttributes, "report");
     expectWholeRecordsBeforeEveryCut<WriteAttributeRecord>(frame, &ZclMessage::getWriteAttributes, "write");
@@ -125,9 +135,7 @@ TEST(TruncatedFrames, HaveTheRecordsBeforeTheCut) {
                                                                 "read response");
     expectWholeRecordsBeforeEveryCut<WriteAttributeReportRecord>(frame, &ZclMessage::getWriteAttributeResponses,
                                                                  "write response");
-    ++compared;
   }
-  EXPECT_GT(compared, 0U);
 }
 
 // Frames that need no file, so that the properties are tested everywhere.

@@ -5,16 +5,17 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "support/Bytes.h"
 #include "support/LogCapture.h"
+#include "tests/vso/frames/FrameFacts.h"
 #include "tests/vso/frames/FramesFile.h"
+#include "tests/vso/frames/KnownDifferences.h"
+#include "tests/vso/frames/RebuiltFrame.h"
 #include "vso/zcl/ReadAttributeStatusRecord.h"
 #include "vso/zcl/ReportAttributeRecord.h"
 #include "vso/zcl/WriteAttributeRecord.h"
@@ -29,121 +30,9 @@ namespace {
 using nlohmann::json;
 using Data = AttributeRecordData::Data;
 
-// What the library reads or builds in another way than the decoders state, on purpose. Each row is asserted like any
-// other fact: the difference must be there, worded so, and no other.
-
-/// What of a frame is compared.
-enum class Subject {
-  RECORDS,   ///< ids, statuses, types and values of the general commands
-  READINGS,  ///< typed readers
-  REBUILT,   ///< the frame, built from the stated facts
-  TIME,      ///< the records of the Time cluster, built by its class
-};
-
-struct KnownDifference {
-  const char* frame;
-  Subject subject;
-  const char* difference;
-  const char* reason;
-};
-
-constexpr char NO_VALUE[] = "a type that the library does not know has no value bytes";
-constexpr char STALE_RECORD[] = "the record of a failed attribute keeps type and value of the record before it";
-constexpr char ONE_STATUS[] = "a write response of one status byte reads as attribute 0";
-constexpr char FRAME_TYPE[] = "the typed readers look at the command identifier alone, not at the frame type";
-constexpr char NO_STRING[] = "a length byte of 255 is a length like any other, not the mark of an invalid string";
-constexpr char RATE[] = "the rate of move goes out as two bytes";
-constexpr char UNSTATED_BYTES[] = "the decoder leaves the options behind the fields out of its facts";
-constexpr char BIG_ENDIAN_TIME[] = "the time goes out as an unsigned number, most significant byte first";
-constexpr char TIME_AND_STATUS[] = "as any time, and the time status is always that of a master clock";
-
-constexpr KnownDifference KNOWN_DIFFERENCES[] = {
-    {"o037", Subject::RECORDS, "record 3: no value stated, type 0x21 and data 01 read", STALE_RECORD},
-    {"o065", Subject::RECORDS, "record 0: type 0xe2 has no value", NO_VALUE},
-    {"o073", Subject::RECORDS, "record 0: type 0x4c has no value", NO_VALUE},
-    {"o078", Subject::RECORDS, "record 0: no id stated, 0x0000 read", ONE_STATUS},
-    {"o232", Subject::RECORDS, "record 1: no value stated, type 0x08 and data aa read", STALE_RECORD},
-    {"o247", Subject::RECORDS, "record 0: no id stated, 0x0000 read", ONE_STATUS},
-    {"o277", Subject::RECORDS, "record 0: type 0xe2 has no value", NO_VALUE},
-    {"o278", Subject::RECORDS, "record 0: type 0xe2 has no value", NO_VALUE},
-    {"o279", Subject::RECORDS, "record 0: type 0xe2 has no value", NO_VALUE},
-    {"o280", Subject::RECORDS, "record 1: type 0xe2 has no value", NO_VALUE},
-    {"o361", Subject::RECORDS, "record 0: type 0x26 has no value", NO_VALUE},
-    {"o364", Subject::RECORDS, "record 2: no value stated, type 0x28 and data ef read", STALE_RECORD},
-    {"o365", Subject::RECORDS, "record 2: no value stated, type 0x28 and data b1 read", STALE_RECORD},
-
-    {"o065", Subject::READINGS, "currentLevel 234 stated, 0 read", NO_VALUE},
-    {"o073", Subject::READINGS,
-     "currentLevel none stated, 48 read; off none stated, 1 read; on none stated, 0 read; "
-     "remainingTime none stated, 0 read",
-     NO_VALUE},
-    {"o078", Subject::READINGS,
-     "onLevelSuccess 1 stated, none read; remainingTimeSuccess 1 stated, none read; "
-     "transitionTimeSuccess 1 stated, none read",
-     ONE_STATUS},
-    {"o247", Subject::READINGS,
-     "onLevelSuccess 1 stated, none read; remainingTimeSuccess 1 stated, none read; "
-     "transitionTimeSuccess 1 stated, none read",
-     ONE_STATUS},
-    {"o254", Subject::READINGS, "remainingTimeSuccess none stated, 1 read", FRAME_TYPE},
-    {"o277", Subject::READINGS, "currentLevel 170 stated, 0 read; remainingTime 1 stated, none read", NO_VALUE},
-    {"o278", Subject::READINGS, "currentLevel 165 stated, 0 read; remainingTime 1 stated, none read", NO_VALUE},
-    {"o279", Subject::READINGS, "currentLevel 156 stated, 0 read; remainingTime 13 stated, none read", NO_VALUE},
-    {"o280", Subject::READINGS, "currentLevel 145 stated, 0 read", NO_VALUE},
-    {"o361", Subject::READINGS, "currentLevel 200 stated, 0 read", NO_VALUE},
-
-    {"o047", Subject::REBUILT, "same up to byte 8, recorded 8, built 255", NO_STRING},
-    {"o054", Subject::REBUILT, "same up to byte 8, recorded 8, built 255", NO_STRING},
-    {"o061", Subject::REBUILT, "same up to byte 8, recorded 8, built 255", NO_STRING},
-    {"o063", Subject::REBUILT, "same up to byte 8, recorded 8, built 255", NO_STRING},
-    {"o065", Subject::REBUILT, "same up to byte 7, recorded 11, built 7", NO_VALUE},
-    {"o073", Subject::REBUILT, "same up to byte 8, recorded 29, built 8", NO_VALUE},
-    {"o078", Subject::REBUILT, "same up to byte 4, recorded 4, built 6", ONE_STATUS},
-    {"o247", Subject::REBUILT, "same up to byte 4, recorded 4, built 6", ONE_STATUS},
-    {"o254", Subject::REBUILT, "same up to byte 6, recorded 8, built 6", UNSTATED_BYTES},
-    {"o257", Subject::REBUILT, "same up to byte 5, recorded 5, built 6", RATE},
-    {"o261", Subject::REBUILT, "same up to byte 5, recorded 5, built 6", RATE},
-    {"o277", Subject::REBUILT, "same up to byte 7, recorded 16, built 12", NO_VALUE},
-    {"o278", Subject::REBUILT, "same up to byte 7, recorded 16, built 12", NO_VALUE},
-    {"o279", Subject::REBUILT, "same up to byte 7, recorded 80, built 68", NO_VALUE},
-    {"o280", Subject::REBUILT, "same up to byte 10, recorded 14, built 10", NO_VALUE},
-    {"o361", Subject::REBUILT, "same up to byte 6, recorded 13, built 6", NO_VALUE},
-
-    {"o277", Subject::TIME, "000000e2aa88b948 recorded, 0000002348b988aa built", BIG_ENDIAN_TIME},
-    {"o278", Subject::TIME, "000000e2a5cc115a recorded, 000000235a11cca5 built", BIG_ENDIAN_TIME},
-    {"o279", Subject::TIME, "000000e29c8d3831 recorded, 0000002331388d9c built; 010000180d recorded, 0100001801 built",
-     TIME_AND_STATUS},
-    {"o280", Subject::TIME, "000000e2916f9332 recorded, 0000002332936f91 built", BIG_ENDIAN_TIME},
-};
-
-const KnownDifference* knownDifference(const std::string& frame, Subject subject) {
-  const auto known = std::find_if(std::begin(KNOWN_DIFFERENCES), std::end(KNOWN_DIFFERENCES),
-                                  [&](const auto& row) { return row.frame == frame && row.subject == subject; });
-  return known == std::end(KNOWN_DIFFERENCES) ? nullptr : known;
-}
-
 /// Types of attributes in the file that the library's table does not have: unsigned 56-bit integer, structure, UTC
 /// time.
 const std::set<unsigned char> TYPES_WITHOUT_VALUE{0x26, 0x4C, 0xE2};
-
-// Kinds of frames, as the file names them; HEADER_ONLY is that of a frame of which only the header is stated.
-constexpr char HEADER_ONLY[] = "header only";
-constexpr char DEFAULT_RESPONSE[] = "defaultResponse";
-constexpr char CLUSTER_COMMAND[] = "clusterCommand";
-constexpr char READ_ATTRIBUTES[] = "readAttributes";
-constexpr char READ_RESPONSE[] = "readAttributesResponse";
-constexpr char WRITE_ATTRIBUTES[] = "writeAttributes";
-constexpr char WRITE_RESPONSE[] = "writeAttributesResponse";
-constexpr char REPORT[] = "reportAttributes";
-
-/// Clusters whose own commands are compared, beside the general commands of every cluster.
-const std::set<unsigned int> CLUSTERS{0x0003, 0x0006, 0x0007, 0x0008, 0x000A};
-
-std::string kindOf(const RecordedFrame& frame) { return frame.facts.value("kind", HEADER_ONLY); }
-
-bool isCompared(const RecordedFrame& frame) {
-  return frame.layer == "zcl" && (frame.facts.at("header").at("frameType") == 0 || CLUSTERS.count(frame.cluster) != 0);
-}
 
 /// Number of things by kind.
 using Counts = std::map<std::string, unsigned int>;
@@ -193,23 +82,11 @@ std::string hexNumber(unsigned int number, int digits) {
   return text;
 }
 
-std::string digitsOf(const unsigned char* data, std::size_t count) {
-  std::string text;
-  hexify(data, static_cast<unsigned int>(count), text, false);
-  return text;
-}
-
 /// The bytes of an attribute's data without the zeros at its end.
 std::string shown(const Data& data) {
   std::size_t count = data.size();
   while (count != 0 && data[count - 1] == 0) --count;
   return count == 0 ? "of zeros" : digitsOf(data.data(), count);
-}
-
-Data dataOf(const std::vector<unsigned char>& bytes) {
-  Data data{};
-  std::copy_n(bytes.begin(), std::min(bytes.size(), data.size()), data.begin());
-  return data;
 }
 
 /// Where two frames part; empty if they are the same.
@@ -224,34 +101,6 @@ std::string frameDifference(const U255Buff<unsigned char>& recorded, const U255B
 void append(std::string& text, const std::string& separator, const std::string& more) {
   if (!text.empty() && !more.empty()) text += separator;
   text += more;
-}
-
-// Facts of an attribute.
-
-bool isString(unsigned char type) { return type == 0x41 || type == 0x42; }
-
-/// The value as it stands in the frame; as far as the facts tell, without the bytes themselves, as a number.
-std::vector<unsigned char> rawOf(const json& attribute) {
-  std::vector<unsigned char> raw;
-  if (attribute.contains("raw")) {
-    const U255Buff<unsigned char> bytes = bytesOf(attribute.at("raw"));
-    raw.assign(bytes.contents, bytes.contents + bytes.length_);
-  } else if (attribute.at("value").is_number_integer()) {
-    for (auto rest = attribute.at("value").get<unsigned long long>(); rest != 0; rest >>= 8) {
-      raw.push_back(static_cast<unsigned char>(rest));
-    }
-  }
-  return raw;
-}
-
-/// The value as the list readers give it by default: text without its length byte, octets as hexadecimal text.
-std::vector<unsigned char> readableOf(const json& attribute) {
-  std::vector<unsigned char> bytes = rawOf(attribute);
-  const unsigned char type = attribute.at("type");
-  if (isString(type)) bytes.erase(bytes.begin());
-  if (type != 0x41) return bytes;
-  const std::string text = digitsOf(bytes.data(), bytes.size());
-  return {text.begin(), text.end()};
 }
 
 long long numberOf(const AttributeRecordData& record, std::size_t bytes) {
@@ -286,33 +135,6 @@ json valueOf(const AttributeRecordData& record, std::size_t bytes) {
 /// Bytes that are not UTF-8 come out as U+FFFD, in which the decoder states them too.
 std::string textOf(const json& value) { return value.dump(-1, ' ', false, json::error_handler_t::replace); }
 
-/// The value as `valueToString` prints it in readable form; octets print in wire form only.
-std::string printedOf(const json& attribute) {
-  const json& value = attribute.at("value");
-  std::vector<unsigned char> raw = rawOf(attribute);
-  switch (attribute.at("type").get<unsigned char>()) {
-    case 0x08:
-      return std::to_string(raw.at(0));
-    case 0x10:
-      return value == 0 ? "0" : "1";
-    case 0x20:
-    case 0x21:
-    case 0x23:
-    case 0x30:
-    case 0x31:
-      return std::to_string(value.get<long long>());
-    case 0x41:
-      return value.at("hex");
-    case 0x42: {
-      const std::vector<unsigned char> text = readableOf(attribute);
-      return {text.begin(), std::find(text.begin(), text.end(), '\0')};
-    }
-    default:
-      std::reverse(raw.begin(), raw.end());
-      return digitsOf(raw.data(), raw.size());
-  }
-}
-
 std::string valueDifference(const json& stated, const AttributeRecordData& read) {
   const std::vector<unsigned char> readable = readableOf(stated);
   if (read.data_ != dataOf(readable)) {
@@ -329,7 +151,7 @@ std::string valueDifference(const json& stated, const AttributeRecordData& read)
   return "";
 }
 
-// A record as it was read: with a status, or without one, and where a reader gives it, in wire form too.
+/// A record as it was read: with a status, or without one, and where a reader gives it, in wire form too.
 struct ReadRecord {
   AttributeRecordData readable;
   int status = 0;
@@ -362,7 +184,7 @@ std::string recordsDifference(const json& stated, const std::vector<ReadRecord>&
     ++attributes["compared"];
     const AttributeRecordData& record = read[i].readable;
     if (TYPES_WITHOUT_VALUE.count(record.type_) != 0 && record.type_ == stated[i].value("type", 0) &&
-        record.data_ == Data{}) {
+        record.id_ == stated[i].at("id") && read[i].status == stated[i].value("status", 0) && record.data_ == Data{}) {
       const std::size_t rest = stated.size() - i - 1;
       attributes["behind an unknown length"] += static_cast<unsigned int>(rest);
       append(difference, "; ", name + "type " + hexNumber(record.type_, 2) + " has no value");
@@ -409,13 +231,6 @@ std::vector<ReadRecord> readRecords(const ZclMessage& frame, const std::string& 
 
 // The header.
 
-unsigned char frameControlOf(const json& header) {
-  const unsigned int bits =
-      header.at("frameType").get<unsigned int>() | (header.at("manufacturerSpecific") ? 0x04U : 0) |
-      (header.at("serverToClient") ? 0x08U : 0) | (header.at("disableDefaultResponse") ? 0x10U : 0);
-  return header.value("frameControl", static_cast<unsigned char>(bits));
-}
-
 /// The header as it is stated, in the words in which the library's own is put.
 std::string statedHeader(const json& header) {
   return json{{"frameType", header.at("frameType")},
@@ -443,160 +258,15 @@ std::string readHeader(const ZclMessage& frame) {
       .dump();
 }
 
-// Building a frame from the facts.
-
-template <typename Record>
-std::vector<Record> recordsOf(const json& attributes) {
-  std::vector<Record> records;
-  for (const json& attribute : attributes) {
-    const std::vector<unsigned char> raw =
-        attribute.contains("value") ? rawOf(attribute) : std::vector<unsigned char>();
-    records.emplace_back(attribute.value<unsigned short>("id", 0), attribute.value<unsigned char>("type", 0),
-                         dataOf(raw));
-    if constexpr (std::is_same_v<Record, ReadAttributeStatusRecord> ||
-                  std::is_same_v<Record, WriteAttributeReportRecord>) {
-      records.back().status_ = attribute.at("status");
-    }
-  }
-  return records;
-}
-
-void addOptions(ZclMessage& frame, const json& fields) {
-  for (const char* field : {"options_mask", "options_override"}) {
-    if (fields.contains(field) && !fields.at(field).is_null()) frame.addByte(fields.at(field));
-  }
-}
-
-ZclMessage onOff(void (ZclOnOff::*build)()) {
-  ZclOnOff frame;
-  (frame.*build)();
-  return ZclMessage(frame);
-}
-
-template <typename Build>
-ZclMessage levelControl(const json& fields, Build build) {
-  ZclLevelControl frame;
-  build(frame);
-  addOptions(frame, fields);
-  return ZclMessage(frame);
-}
-
-/// A command of a cluster, which the library has no builder for, by its append operations.
-template <typename Append>
-ZclMessage clusterCommand(unsigned char command, Append append) {
-  ZclMessage frame(command, false, true);
-  append(frame);
-  return frame;
-}
-
-/// The cluster commands of the file, by their names in it.
-const std::map<std::string, std::function<ZclMessage(const json&)>> COMMANDS{
-    {"identify",
-     [](const json& f) { return clusterCommand(0x00, [&](auto& out) { out.addUint16(f.at("identify_time")); }); }},
-    {"identify_query", [](const json&) { return clusterCommand(0x01, [](auto&) {}); }},
-    {"identify_query_response",
-     [](const json& f) { return clusterCommand(0x00, [&](auto& out) { out.addUint16(f.at("timeout")); }); }},
-    {"trigger_effect",
-     [](const json& f) {
-       return clusterCommand(0x40, [&](auto& out) {
-         out.addByte(f.at("effect_id"));
-         out.addByte(f.at("effect_variant"));
-       });
-     }},
-    {"off", [](const json&) { return onOff(&ZclOnOff::setOff); }},
-    {"on", [](const json&) { return onOff(&ZclOnOff::setOn); }},
-    {"toggle", [](const json&) { return onOff(&ZclOnOff::setToggle); }},
-    {"off_with_effect",
-     [](const json& f) {
-       return clusterCommand(0x40, [&](auto& out) {
-         out.addByte(f.at("effect_id"));
-         out.addByte(f.at("effect_variant"));
-       });
-     }},
-    {"on_with_recall_global_scene", [](const json&) { return clusterCommand(0x41, [](auto&) {}); }},
-    {"on_with_timed_off",
-     [](const json& f) {
-       return clusterCommand(0x42, [&](auto& out) {
-         out.addByte(f.at("on_off_control"));
-         out.addUint16(f.at("on_time"));
-         out.addUint16(f.at("off_wait_time"));
-       });
-     }},
-    {"move_to_level",
-     [](const json& f) {
-       return levelControl(f, [&](auto& out) { out.moveToLevel(f.at("level"), f.at("transition_time")); });
-     }},
-    {"move",
-     [](const json& f) { return levelControl(f, [&](auto& out) { out.move(f.at("move_mode"), f.at("rate")); }); }},
-    {"step",
-     [](const json& f) {
-       return levelControl(f,
-                           [&](auto& out) { out.step(f.at("step_mode"), f.at("step_size"), f.at("transition_time")); });
-     }},
-    {"stop", [](const json& f) { return levelControl(f, [](auto& out) { out.stop(); }); }},
-    {"move_to_level_with_on_off",
-     [](const json& f) {
-       return levelControl(f, [&](auto& out) { out.moveToLevelWOnOff(f.at("level"), f.at("transition_time")); });
-     }},
-    {"moveToLevelWithOnOff",
-     [](const json& f) {
-       return levelControl(f, [&](auto& out) { out.moveToLevelWOnOff(f.at("level"), f.at("transtime")); });
-     }},
-    {"move_with_on_off",
-     [](const json& f) {
-       return levelControl(f, [&](auto& out) { out.moveWOnOff(f.at("move_mode"), f.at("rate")); });
-     }},
-    {"step_with_on_off",
-     [](const json& f) {
-       return levelControl(
-           f, [&](auto& out) { out.stepWOnOff(f.at("step_mode"), f.at("step_size"), f.at("transition_time")); });
-     }},
-    {"stop_with_on_off", [](const json& f) { return levelControl(f, [](auto& out) { out.stopWOnOff(); }); }},
-};
-
-ZclMessage payloadRebuilt(const json& facts, const std::string& kind) {
-  const json& header = facts.at("header");
-  if (kind == CLUSTER_COMMAND) return COMMANDS.at(facts.at("commandName"))(facts.at("fields"));
-
-  ZclMessage frame(header.at("command"), header.at("manufacturerSpecific"), header.at("frameType") == 1);
-  if (kind == READ_ATTRIBUTES) {
-    std::vector<unsigned short> ids;
-    for (const json& attribute : facts.at("attributes")) ids.push_back(attribute.at("id"));
-    frame.setReadAttributes(ids);
-  } else if (kind == READ_RESPONSE) {
-    frame.setReadAttributesResponse(recordsOf<ReadAttributeStatusRecord>(facts.at("attributes")));
-  } else if (kind == WRITE_ATTRIBUTES) {
-    frame.setWriteAttributes(recordsOf<WriteAttributeRecord>(facts.at("attributes")));
-  } else if (kind == WRITE_RESPONSE) {
-    frame.setWriteAttributeResponses(recordsOf<WriteAttributeReportRecord>(facts.at("attributes")));
-  } else if (kind == REPORT) {
-    frame.setReportAttributes(recordsOf<ReportAttributeRecord>(facts.at("attributes")));
-  } else if (kind == DEFAULT_RESPONSE) {
-    frame.addByte(facts.at("fields").at("commandId"));
-    frame.addByte(facts.at("fields").at("status"));
-  } else if (kind != HEADER_ONLY) {
-    throw std::out_of_range("no way to rebuild a frame of kind " + kind);
-  }
-  return frame;
-}
-
-ZclMessage rebuilt(const RecordedFrame& frame) {
-  const json& header = frame.facts.at("header");
-  ZclMessage built = payloadRebuilt(frame.facts, kindOf(frame));
-  built.setFcf(frameControlOf(header));
-  if (header.at("manufacturerSpecific")) built.setMc(header.at("manufacturerCode"));
-  built.setTsn(header.at("sequence"));
-  return built;
-}
-
 // Typed readers.
 
 /// What each typed reader gives, by its name; "none" where the frame does not answer.
 using Readings = std::map<std::string, std::string>;
 
 template <typename T>
-std::string shown(const ZclReading<T>& reading) {
-  return reading.state == 1 ? std::to_string(reading.value) : "none";
+std::string shown(const ZclReading<T>& reading, T absent = T()) {
+  if (reading.state == 1) return std::to_string(reading.value);
+  return reading.state == 2 && reading.value == absent ? "none" : "none, but with a value";
 }
 
 Readings readingsOf(const U255Buff<unsigned char>& bytes) {
@@ -604,7 +274,7 @@ Readings readingsOf(const U255Buff<unsigned char>& bytes) {
   const ZclLevelControl level(bytes);
   return {
       {"on", shown(onOff.on())},
-      {"off", shown(onOff.off())},
+      {"off", shown(onOff.off(), true)},
       {"onSuccess", shown(onOff.onSuccess())},
       {"offSuccess", shown(onOff.offSuccess())},
       {"toggleSuccess", shown(onOff.toggleSuccess())},
@@ -722,10 +392,7 @@ class RecordedFrames : public ::testing::Test {
   }
 
   /// Expects every listed frame of this subject to have been compared.
-  void expectAllListedMet(Subject subject) {
-    EXPECT_EQ(listedFrames_, std::count_if(std::begin(KNOWN_DIFFERENCES), std::end(KNOWN_DIFFERENCES),
-                                           [&](const KnownDifference& known) { return known.subject == subject; }));
-  }
+  void expectAllListedMet(Subject subject) { EXPECT_EQ(listedFrames_, countKnownDifferences(subject)); }
 
   /// Frames of the file to be compared, by kind.
   Counts framesInFile(const std::set<std::string>& kinds) {
@@ -805,6 +472,7 @@ TEST_F(RecordedFrames, DefaultResponsesCarryCommandAndStatus) {
     EXPECT_FALSE(in.more()) << frame.id << " " << frame.hex;
   }
   EXPECT_EQ(frames, framesInFile({DEFAULT_RESPONSE}));
+  EXPECT_FALSE(frames.empty());
 }
 
 TEST_F(RecordedFrames, FactsRebuildTheFrame) {
