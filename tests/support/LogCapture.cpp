@@ -29,7 +29,8 @@ class MemoryAppender : public log4cplus::Appender {
  protected:
   void append(const log4cplus::spi::InternalLoggingEvent& event) override {
     const std::lock_guard<std::mutex> lock(mutex_);
-    lines_.push_back({event.getLogLevel(), event.getMessage(), event.getFile(), event.getLine(), event.getFunction()});
+    lines_.push_back({event.getLogLevel(), event.getMessage(), event.getFile(), event.getLine(), event.getFunction(),
+                      event.getLoggerName()});
   }
 
  private:
@@ -78,6 +79,11 @@ std::size_t LogCapture::count(int level) const {
   const std::vector<LogLine> all = lines();
   const auto matches = [level](const LogLine& line) { return line.level == level; };
   return static_cast<std::size_t>(std::count_if(all.begin(), all.end(), matches));
+}
+
+LogBeforeTheFirstLine::LogBeforeTheFirstLine() {
+  log4cplus::Logger::getRoot().removeAllAppenders();
+  Logger::hasBeenInitialized = false;
 }
 
 }  // namespace qx::test

@@ -17,6 +17,8 @@ struct LogLine {
   std::string file;
   int line;
   std::string function;
+  /// Name of the logger that was asked; events of others arrive at the root logger too.
+  std::string logger;
 };
 
 /// For messages of failed tests: level, place and text.
@@ -45,6 +47,16 @@ class LogCapture {
   struct State;
 
   std::unique_ptr<State> state_;
+};
+
+/// A process that has logged nothing yet: the root logger without appenders, at a level that lets everything through,
+/// and not counted as initialized. Puts everything back at its end.
+class LogBeforeTheFirstLine {
+ public:
+  LogBeforeTheFirstLine();
+
+ private:
+  LogCapture earlier_;  // keeps what was there, and restores it
 };
 
 }  // namespace qx::test

@@ -41,16 +41,12 @@ void logAt(int level, const char* format, ...) {
 /// A process that has logged nothing yet; puts everything back afterwards.
 class LoggerBeforeItsStart : public testing::Test {
  protected:
-  LoggerBeforeItsStart() {
-    root_.removeAllAppenders();
-    root_.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
-    Logger::hasBeenInitialized = false;
-  }
+  LoggerBeforeItsStart() { root_.setLogLevel(log4cplus::DEBUG_LOG_LEVEL); }
 
   log4cplus::Logger& root() { return root_; }
 
  private:
-  test::LogCapture earlier_;  // keeps what was there, and restores it
+  test::LogBeforeTheFirstLine before_;
   log4cplus::Logger root_ = log4cplus::Logger::getRoot();
 };
 

@@ -35,6 +35,20 @@ TEST(AssertWrite, LogsSourceLineAndStackAtFatalLevel) {
   EXPECT_EQ(lines[0].line, 217);
 }
 
+TEST(AssertWrite, SetsTheLoggerUpBeforeTheFirstLine) {
+  const test::LogBeforeTheFirstLine before;
+  testing::internal::CaptureStderr();
+  AssertWrite("Frame", 217, StackTrace());
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("Frame, line 217"));
+}
+
+TEST(AssertWrite, LogsToTheRootLogger) {
+  const test::LogCapture log;
+  AssertWrite("Frame", 217, StackTrace());
+  ASSERT_EQ(log.lines().size(), 1U);
+  EXPECT_EQ(log.lines()[0].logger, "root");
+}
+
 TEST(AssertWrite, TakesANullSource) {
   const test::LogCapture log;
   AssertWrite(nullptr, 1, StackTrace());

@@ -104,15 +104,10 @@ TEST(Log, IsOneStatement) {
 /// A process that has logged nothing yet and has no appender; puts everything back afterwards.
 class LogBeforeTheFirstLine : public testing::Test {
  protected:
-  LogBeforeTheFirstLine() {
-    root().removeAllAppenders();
-    Logger::hasBeenInitialized = false;
-  }
-
   static log4cplus::Logger root() { return log4cplus::Logger::getRoot(); }
 
  private:
-  test::LogCapture earlier_;  // keeps what was there, and restores it
+  test::LogBeforeTheFirstLine before_;
 };
 
 TEST_F(LogBeforeTheFirstLine, SetsTheLoggerUp) {

@@ -259,6 +259,7 @@ TEST(AttributeRecordData, LogsATypeThatItCannotPrintAsAnError) {
   const std::vector<test::LogLine> lines = log.lines();
   ASSERT_EQ(lines.size(), 1U);
   EXPECT_EQ(lines[0].level, 40000);
+  EXPECT_EQ(lines[0].logger, "root");
   EXPECT_EQ(lines[0].text,
             "AttributeRecordData::valueToString: diagnostics metric value unsupported type: 0xff, data: 01ab0304");
   EXPECT_THAT(lines[0].file, testing::EndsWith("AttributeRecordData.cpp"));

@@ -76,6 +76,7 @@ TEST(ReportAttributeRecord, LogsEachRecordBetweenTheirNumberAndABrace) {
                   "ReportAttributeRecord::debug: <AttributeRecordData id_: 0x0102, type_: 0x21, data_: 772>",
                   "ReportAttributeRecord::debug: <AttributeRecordData id_: 0x0003, type_: 0x42, data_: ab>", "}"));
   EXPECT_EQ(log.count(10000), 4U);
+  for (const test::LogLine& line : log.lines()) EXPECT_EQ(line.logger, "root");
 }
 
 TEST(ReportAttributeRecord, LogsTheNumberInDecimal) {

@@ -139,6 +139,14 @@ TEST_P(ZclLevelControlCommand, WarnsOfNothing) {
   EXPECT_THAT(log.texts(), testing::IsEmpty());
 }
 
+TEST(ZclLevelControl, LooksAtTheLengthBehindTheFinishedCommand) {
+  const test::LogCapture log;
+  ZclLevelControl frame(bytesOf("05 40 10"));  // shorter than its header until the command is in
+  frame.moveToLevel(0x80, 10);
+  EXPECT_EQ(hex(frame), "05 40 10 00 00 80 0a 00");
+  EXPECT_THAT(log.texts(), testing::IsEmpty());
+}
+
 /// "value/state".
 template <typename T>
 std::string show(const ZclReading<T>& reading) {

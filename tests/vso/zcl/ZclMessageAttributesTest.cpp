@@ -778,5 +778,20 @@ TEST_P(ZclMessageAttributesBuilder, WritesNeitherControlNorCommandNorSequence) {
   EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
 }
 
+TEST(ZclMessageAttributes, ReadsAResponseInReadableFormThroughTheFormThatIsAskedFor) {
+  class Asked : public ZclMessage {
+   public:
+    using ZclMessage::getReadAttributesResponse;
+    void getReadAttributesResponse(std::vector<ReadAttributeStatusRecord>& /*records*/, bool wireForm) const override {
+      forms.push_back(wireForm);
+    }
+    mutable std::vector<bool> forms;
+  };
+  const Asked frame;
+  std::vector<ReadAttributeStatusRecord> records;
+  frame.getReadAttributesResponse(records);
+  EXPECT_EQ(frame.forms, std::vector<bool>{false});
+}
+
 }  // namespace
 }  // namespace qx

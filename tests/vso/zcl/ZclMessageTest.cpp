@@ -391,6 +391,7 @@ TEST(ZclMessage, WarnsOfABadLength) {
                                        "ZclMessage::isValidLength: Invalid ZCL packet length: 0"));
   for (const test::LogLine& line : log.lines()) {
     EXPECT_EQ(line.level, WARN);
+    EXPECT_EQ(line.logger, "root");
     EXPECT_THAT(line.file, EndsWith("ZclMessage.cpp"));
     EXPECT_THAT(line.function, HasSubstr("ZclMessage::"));
     EXPECT_GT(line.line, 0);
@@ -675,6 +676,7 @@ TEST_P(ZclMessageAppending, StaysInsideTheStorageBehindALengthAbove255) {
     frame.length_ = length;
     GetParam().append(frame);
     EXPECT_THAT(storage(frame), Each(0)) << length;
+    EXPECT_EQ(frame.length_, length);
     EXPECT_EQ(flagsOf(frame), 0) << length;
     EXPECT_EQ(log.count(WARN), 1U) << length;
   }
