@@ -18,24 +18,29 @@ if(VSO_CCACHE)
   endif()
 endif()
 
-# Usage requirements that stay inside this build: warnings, sanitizers, source names in log lines that do not depend on
-# where the tree was checked out, and calls within a library that may be inlined although it is position-independent.
-add_library(vso_build_options INTERFACE)
-target_compile_options(
-  vso_build_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
-                              -fno-semantic-interposition
-                              $<$<BOOL:${VSO_WERROR}>:-Werror>)
+# Usage requirements that stay inside this build. Generated code takes the first set only.
+#
+# vso_instrumentation: sanitizers, coverage, source names in log lines that do not depend on where the tree was checked
+# out, and calls within a library that may be inlined although it is position-independent.
+add_library(vso_instrumentation INTERFACE)
+target_compile_options(vso_instrumentation INTERFACE -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/= -fno-semantic-interposition)
 if(VSO_SANITIZE)
   # Frame pointers make the reports readable; a finding of the undefined-behaviour sanitizer ends the program like
   # any other.
-  target_compile_options(vso_build_options INTERFACE -fsanitize=${VSO_SANITIZE} -fno-sanitize-recover=all
-                                                     -fno-omit-frame-pointer)
-  target_link_options(vso_build_options INTERFACE -fsanitize=${VSO_SANITIZE})
+  target_compile_options(vso_instrumentation INTERFACE -fsanitize=${VSO_SANITIZE} -fno-sanitize-recover=all
+                                                       -fno-omit-frame-pointer)
+  target_link_options(vso_instrumentation INTERFACE -fsanitize=${VSO_SANITIZE})
 endif()
 if(VSO_COVERAGE)
-  target_compile_options(vso_build_options INTERFACE --coverage)
-  target_link_options(vso_build_options INTERFACE --coverage)
+  target_compile_options(vso_instrumentation INTERFACE --coverage)
+  target_link_options(vso_instrumentation INTERFACE --coverage)
 endif()
+
+# vso_build_options: the same and the warnings.
+add_library(vso_build_options INTERFACE)
+target_compile_options(vso_build_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+                                                   $<$<BOOL:${VSO_WERROR}>:-Werror>)
+target_link_libraries(vso_build_options INTERFACE vso_instrumentation)
 
 # vso_add_library(<name> INCLUDE_ROOT <dir> SOURCES <file>... [LINK <PUBLIC|PRIVATE lib>...])
 #

@@ -17,6 +17,8 @@ install(EXPORT vsoTargets NAMESPACE vso:: DESTINATION ${package_dir})
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/vso DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h"
                                                                                     PATTERN "*.proto")
+install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/vso DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING
+                                                                                      PATTERN "*.pb.h")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/vsoConfig.cmake.in ${PROJECT_BINARY_DIR}/vsoConfig.cmake
@@ -29,6 +31,8 @@ install(FILES ${PROJECT_BINARY_DIR}/vsoConfig.cmake ${PROJECT_BINARY_DIR}/vsoCon
 list(TRANSFORM libraries PREPEND "-l" OUTPUT_VARIABLE pc_libs)
 list(REVERSE pc_libs)
 list(JOIN pc_libs " " VSO_PC_LIBS)
+# From the folder of vso.pc, so that the installed tree may be moved.
+file(RELATIVE_PATH VSO_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/vso.pc.in ${PROJECT_BINARY_DIR}/vso.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vso.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
