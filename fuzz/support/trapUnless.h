@@ -8,7 +8,7 @@ namespace qx::fuzz {
 /// Ends the program with a trap, which libFuzzer takes down with the input that led to it, unless `holds`.
 inline void trapUnless(bool holds, const char* claim) {
   if (holds) return;
-  std::fprintf(stderr, "does not hold: %s\n", claim);
+  static_cast<void>(std::fprintf(stderr, "does not hold: %s\n", claim));
   __builtin_trap();
 }
 

@@ -85,7 +85,12 @@ class MarkupWalk {
 
 /// The encoding that the document's declaration names; "UTF-8" where it names none.
 std::string declaredEncoding(std::string_view document) {
-  if (!startsWith(document, "<?xml")) return "UTF-8";
+  // Other instructions may begin with the same letters.
+  constexpr std::string_view START = "<?xml";
+  if (!startsWith(document, START) || document.size() == START.size() ||
+      BLANKS.find(document[START.size()]) == NOWHERE) {
+    return "UTF-8";
+  }
   const std::string_view declaration = document.substr(0, lengthThrough(document, 0, "?>"));
   const std::size_t open = declaration.find_first_of("\"'", declaration.find("encoding"));
   if (open == NOWHERE) return "UTF-8";

@@ -19,8 +19,10 @@ namespace qx {
 
 namespace {
 
-// libxml2 counts in int, and its escapes are longer than what they stand for.
-constexpr std::size_t MAX_VALUE = std::size_t{1} << 28;
+// libxml2 counts in int, and its escapes are longer than what they stand for: in an attribute, which it escapes as a
+// whole, eight bytes for a bad one.
+constexpr std::size_t MAX_TEXT = std::size_t{1} << 28;
+constexpr std::size_t MAX_ATTRIBUTE = std::size_t{1} << 24;
 
 struct FreeWriter {
   void operator()(xmlTextWriterPtr writer) const noexcept { xmlFreeTextWriter(writer); }
@@ -90,7 +92,7 @@ struct XmlWriter::Document {
 
   void writeAttribute(std::string_view name, std::string_view value) {
     if (!inStartTag) throw std::logic_error("XmlWriter: an attribute outside a start tag");
-    checkLength(value);
+    checkLength(value, MAX_ATTRIBUTE);
     const char* const fit = fitName(name);
     if (std::find(attributes.begin(), attributes.end(), fit) != attributes.end())
       throw std::logic_error("XmlWriter: an attribute for the second time");
@@ -99,7 +101,7 @@ struct XmlWriter::Document {
   }
 
   void writeElement(std::string_view name, std::string_view value) {
-    checkLength(value);
+    checkLength(value, MAX_TEXT);
     startElement(name);
     // Escaping copies, and most texts are numbers.
     check(detail::isPlainXmlText(value)
@@ -119,8 +121,8 @@ struct XmlWriter::Document {
     check(xmlTextWriterFlush(writer.get()));
   }
 
-  static void checkLength(std::string_view value) {
-    if (value.size() > MAX_VALUE) throw std::length_error("XmlWriter: a text that is too long");
+  static void checkLength(std::string_view value, std::size_t longest) {
+    if (value.size() > longest) throw std::length_error("XmlWriter: a text that is too long");
   }
 
   std::ostream& out;

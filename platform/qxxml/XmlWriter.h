@@ -29,7 +29,8 @@ using XmlNumber = std::enable_if_t<std::is_same_v<T, signed char> || std::is_sam
 ///
 /// Calls that would make the document malformed throw std::logic_error and write nothing: an attribute where no start
 /// tag is open or with a name that the tag has already, a second outermost element, an end without an element, a
-/// declaration that does not come first. A value of more than 256 MiB throws std::length_error. A stream that fails
+/// declaration that does not come first. A text of more than 256 MiB, or an attribute's value
+/// of more than 16 MiB, throws std::length_error. A stream that fails
 /// swallows the rest and shows it in its state; if it throws, so does the call that passed text on. Elements that are
 /// open when the writer goes stay so: its reader will not take the document for whole.
 class XmlWriter {

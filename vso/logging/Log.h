@@ -24,11 +24,11 @@ inline bool logs(const log4cplus::Logger& logger, int level) {
 ///
 /// A macro because only one can give the name of the source, the line and the signature of the function it stands in,
 /// and leave its argument unevaluated.
-#define VSO_LOG(logger, level, text)                                                  \
-  do {                                                                                \
-    if (::qx::detail::logs(logger, level)) {                                          \
-      std::ostringstream vsoLogText;                                                  \
-      vsoLogText << text;                                                             \
-      (logger).log(level, vsoLogText.str(), __FILE__, __LINE__, __PRETTY_FUNCTION__); \
-    }                                                                                 \
+#define VSO_LOG(logger, level, text)                                                      \
+  do {                                                                                    \
+    if (::qx::detail::logs(logger, level)) {                                              \
+      std::ostringstream vsoLogText;                                                      \
+      vsoLogText << text; /* NOLINT(bugprone-macro-parentheses): a chain of insertions */ \
+      (logger).log(level, vsoLogText.str(), __FILE__, __LINE__, __PRETTY_FUNCTION__);     \
+    }                                                                                     \
   } while (false)

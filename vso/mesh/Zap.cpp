@@ -8,6 +8,16 @@
 
 namespace qx {
 
+namespace {
+
+/// The first hop of `hops`, a list that may be constant, with this long address, or its end.
+template <typename Hops>
+auto findHop(Hops& hops, const Euid& lid) {
+  return std::find_if(hops.begin(), hops.end(), [&lid](const Hop& hop) { return hop.neighbor_lid_ == lid; });
+}
+
+}  // namespace
+
 Zap::Zap(unsigned int ip, unsigned short port, bool configureAsCoordinator, const Euid& id, const PanId& xpanId,
          unsigned short panId, unsigned char channel, signed char radioTxPower, unsigned char status,
          bool isCoordinator, unsigned short maxInflightMessages, unsigned short numInflightMessages)
@@ -63,8 +73,7 @@ Zap& Zap::operator=(const Zap& other) {
 std::string Zap::ipStr() const { return inet_ntoa(in_addr{htonl(ip_)}); }
 
 void Zap::setHopInfo(unsigned short sid, const Euid& lid, unsigned char lqi) {
-  const auto known =
-      std::find_if(hops_.begin(), hops_.end(), [&lid](const Hop& hop) { return hop.neighbor_lid_ == lid; });
+  const auto known = findHop(hops_, lid);
   if (known != hops_.end()) {
     known->lqi_ = lqi;
     return;
@@ -74,8 +83,7 @@ void Zap::setHopInfo(unsigned short sid, const Euid& lid, unsigned char lqi) {
 }
 
 const Hop& Zap::getHop(const Euid& lid) const {
-  const auto found =
-      std::find_if(hops_.begin(), hops_.end(), [&lid](const Hop& hop) { return hop.neighbor_lid_ == lid; });
+  const auto found = findHop(hops_, lid);
   return found != hops_.end() ? *found : Hop::INVALID;
 }
 

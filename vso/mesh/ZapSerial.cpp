@@ -16,10 +16,6 @@ namespace {
 
 const log4cplus::Logger logger = log4cplus::Logger::getRoot();
 
-void warnIf(bool failed, const char* text) {
-  if (failed) VSO_LOG(logger, log4cplus::WARN_LOG_LEVEL, "Zap::fromProtobuf: " << text);
-}
-
 }  // namespace
 
 pb::ZapPBuf* Zap::toProtobuf() const {
@@ -63,7 +59,7 @@ bool Zap::fromProtobuf(const pb::ZapPBuf& message) {
   port_ = static_cast<unsigned short>(message.port());
   failed |= id_.fromProtobuf(message.id());
   failed |= xpanid_.fromProtobuf(message.xpanid());
-  warnIf(failed, "cannot deserialize PanId");
+  if (failed) VSO_LOG(logger, log4cplus::WARN_LOG_LEVEL, "Zap::fromProtobuf: cannot deserialize PanId");
   panid_ = static_cast<unsigned short>(message.panid());
   channel_ = static_cast<unsigned char>(message.channel());
   status_ = static_cast<unsigned char>(message.status());
@@ -83,12 +79,12 @@ bool Zap::fromProtobuf(const pb::ZapPBuf& message) {
   failed |= trust_next_network_data_.fromProtobuf(message.trustnextnetworkdata());
   failed |= application_link_data_.fromProtobuf(message.applicationlinkdata());
   failed |= application_master_data_.fromProtobuf(message.applicationmasterdata());
-  warnIf(failed, "cannot deserialize security");
+  if (failed) VSO_LOG(logger, log4cplus::WARN_LOG_LEVEL, "Zap::fromProtobuf: cannot deserialize security");
   failed |= detail::listFromProtobuf(hops_, Hop::INVALID, message.hops());
-  warnIf(failed, "cannot deserialize hops");
+  if (failed) VSO_LOG(logger, log4cplus::WARN_LOG_LEVEL, "Zap::fromProtobuf: cannot deserialize hops");
   rssi_ = static_cast<signed char>(message.rssi());
   failed |= detail::listFromProtobuf(routes_, Route::INVALID, message.routes());
-  warnIf(failed, "cannot deserialize routes");
+  if (failed) VSO_LOG(logger, log4cplus::WARN_LOG_LEVEL, "Zap::fromProtobuf: cannot deserialize routes");
   max_inflight_messages_ = static_cast<unsigned short>(message.maxinflightmessages());
   num_inflight_messages_ = static_cast<unsigned short>(message.numinflightmessages());
   inflight_messages_watermark_ = static_cast<unsigned char>(message.inflightmessageswatermark());

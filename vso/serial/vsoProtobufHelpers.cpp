@@ -81,7 +81,10 @@ BPosixTime posixTimeNow() { return detail::localTime(std::time(nullptr)); }
 BPosixTime detail::localTime(long seconds) {
   const std::time_t time = seconds;
   std::tm local{};
-  if (localtime_r(&time, &local) == nullptr) {
+  // Years that a date cannot hold count as times that the C library cannot tell.
+  constexpr int FIRST_YEAR = 1400 - 1900;
+  constexpr int LAST_YEAR = 9999 - 1900;
+  if (localtime_r(&time, &local) == nullptr || local.tm_year < FIRST_YEAR || local.tm_year > LAST_YEAR) {
     throw std::runtime_error("could not convert calendar time to local time");
   }
   return BPosixTime(

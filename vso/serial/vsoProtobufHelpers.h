@@ -1,7 +1,8 @@
 // Conversions between shared value types and their protobuf forms, and the envelope for any message.
 //
-// Two rules hold for all serial forms of the library: a `toProtobuf` gives a new message that the caller owns, and the
-// result of a `fromProtobuf` is true on failure. A failure stops nothing: what can be taken is taken.
+// Two rules hold for the records of the library: a `toProtobuf` gives a new message that the caller owns, and the
+// result of a `fromProtobuf` is true on failure. A failure stops nothing, and what can be taken is taken; only a
+// tribool out of range throws. The functions here say for themselves what they do.
 #pragma once
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>

@@ -13,7 +13,7 @@ namespace qx {
 namespace {
 
 constexpr unsigned int PLAIN_ITEM_VERSION = 182;
-/// Buffers are older than the version of the model.
+/// Buffers have a version of their own.
 constexpr int BUFFER_VERSION = 0;
 
 /// The parts of a time of day as the archive's form names them.
@@ -48,9 +48,7 @@ void writeItem(XmlWriter& writer, signed char number) { writer.writeElement("ite
 
 template <typename Container>
 void plainCollectionToXml(const Container& container, XmlWriter& writer, const std::string& name) {
-  const detail::XmlObject element(writer, name);
-  writer.writeElement("count", static_cast<unsigned long long>(container.size()));
-  writer.writeElement("item_version", PLAIN_ITEM_VERSION);
+  const detail::XmlCollection element(writer, name, container.size(), PLAIN_ITEM_VERSION);
   for (const auto& item : container) writeItem(writer, item);
 }
 

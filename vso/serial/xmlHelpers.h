@@ -20,7 +20,7 @@ namespace detail {
 
 /// The version of every class of the model, one number for all.
 constexpr int XML_VERSION = 182;
-/// The item version of a collection of objects: one more than that, which readers of the form expect.
+/// The item version of a collection of objects. A number of its own: those of other collections differ.
 constexpr unsigned int XML_COLLECTION_ITEM_VERSION = 183;
 
 /// The node type of an element, and the state in which reading failed, as the reader numbers them.
@@ -79,6 +79,16 @@ class XmlObject : public XmlScope {
   }
 };
 
+/// An element of a collection: open with its archive attributes, count and item version while in scope.
+class XmlCollection : public XmlObject {
+ public:
+  XmlCollection(XmlWriter& writer, const std::string& name, std::size_t count, unsigned int itemVersion)
+      : XmlObject(writer, name) {
+    writer.writeElement("count", static_cast<unsigned long long>(count));
+    writer.writeElement("item_version", itemVersion);
+  }
+};
+
 /// Reads the text of the current element as a decimal int into `number`; a text that is none leaves it alone. True if
 /// it was one.
 bool readNumber(XmlReader& reader, int& number);
@@ -88,9 +98,7 @@ bool readNumber(XmlReader& reader, int& number);
 /// A collection of objects that have a `toXml`.
 template <typename Container>
 void collectionToXml(const Container& container, XmlWriter& writer, const std::string& name) {
-  const detail::XmlObject element(writer, name);
-  writer.writeElement("count", static_cast<unsigned long long>(container.size()));
-  writer.writeElement("item_version", detail::XML_COLLECTION_ITEM_VERSION);
+  const detail::XmlCollection element(writer, name, container.size(), detail::XML_COLLECTION_ITEM_VERSION);
   for (const auto& item : container) item.toXml(writer, "item");
 }
 

@@ -227,6 +227,11 @@ TEST(XmlReader, ConvertsTheEncodingsThatHoldAscii) {
   EXPECT_EQ(textOf("<?xml version='1.0' encoding='ISO-8859-5'?><n>\xB0</n>"), "\xD0\x90");
 }
 
+TEST(XmlReader, TakesNoEncodingFromAnotherInstruction) {
+  EXPECT_THAT(nodes("<?xml-foo encoding=\"ISO-8859-1\"?><n>\xC3\xA9</n>"), testing::Contains("3 #text \xC3\xA9"));
+  EXPECT_THAT(nodes("<?xml-foo encoding=\"KOI8-R\"?><n>a</n>"), testing::Contains("3 #text a"));
+}
+
 TEST(XmlReader, FailsOnBytesThatTheEncodingDoesNotHave) {
   for (const char* const bytes : {"\xE9", "\xC3(", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xEF\xBF\xBE"}) {
     EXPECT_EQ(endState(std::string("<n>") + bytes + "</n>"), FAILED);

@@ -244,6 +244,19 @@ TEST(XmlWriter, ThrowsOnCallsThatWouldBreakTheDocument) {
             "<?xml version=\"1.0\"?>\n<n a=\"1\" b_c=\"3\"><m>5</m></n>");
 }
 
+TEST(XmlWriter, TakesNoAttributeOfMoreThan16Mebibytes) {
+  std::ostringstream out;
+  XmlWriter writer(out);
+  writer.startElement("e");
+  EXPECT_THROW(writer.writeAttribute("a", std::string((std::size_t{16} << 20) + 1, 'x').c_str()), std::length_error);
+  // The longest there may be, of bytes that grow most when they are escaped.
+  writer.writeAttribute("b", std::string(std::size_t{16} << 20, '\x01').c_str());
+  writer.endElement();
+  EXPECT_TRUE(out.good());
+  EXPECT_EQ(out.str().substr(0, 14), "<e b=\"&#xFFFD;");
+  EXPECT_EQ(out.str().size(), std::string("<e b=\"\"/>").size() + (std::size_t{16} << 20) * 8);
+}
+
 TEST(XmlWriter, TakesNoTextOfMoreThan256Mebibytes) {
   const std::string tooLong((std::size_t{256} << 20) + 1, 'x');
   EXPECT_EQ(written([&tooLong](XmlWriter& writer) {

@@ -79,8 +79,9 @@ constexpr KnownDifference KNOWN_DIFFERENCES[] = {
 }  // namespace
 
 const KnownDifference* knownDifference(const std::string& frame, Subject subject) {
-  const auto known = std::find_if(std::begin(KNOWN_DIFFERENCES), std::end(KNOWN_DIFFERENCES),
-                                  [&](const auto& row) { return row.frame == frame && row.subject == subject; });
+  const KnownDifference* const known =
+      std::find_if(std::begin(KNOWN_DIFFERENCES), std::end(KNOWN_DIFFERENCES),
+                   [&](const auto& row) { return row.frame == frame && row.subject == subject; });
   return known == std::end(KNOWN_DIFFERENCES) ? nullptr : known;
 }
 

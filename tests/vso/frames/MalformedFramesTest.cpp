@@ -5,6 +5,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/Bytes.h"
@@ -80,7 +81,7 @@ void expectWholeRecordsBeforeEveryCut(const RecordedFrame& frame, Reader<Record>
 /// The tests of the frames of a file.
 class FramesOfFile : public ::testing::Test {
  protected:
-  explicit FramesOfFile(const std::string& file) : file_(file) {}
+  explicit FramesOfFile(std::string file) : file_(std::move(file)) {}
 
   void SetUp() override {
     const std::optional<std::string> path = pathOfFrames(file_);

@@ -11,7 +11,6 @@
 namespace qx {
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 
 /// A full frame that ends in 01 02 .. 08.

@@ -9,6 +9,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -546,6 +547,13 @@ std::vector<std::string> warningsOf(const pb::ZapPBuf& message, Zap& zap) {
   const LogCapture log;
   EXPECT_TRUE(zap.fromProtobuf(message));
   EXPECT_EQ(log.count(WARN), log.lines().size());
+  std::set<int> lines;
+  for (const test::LogLine& line : log.lines()) {
+    EXPECT_THAT(line.function, testing::HasSubstr("Zap::fromProtobuf"));
+    EXPECT_EQ(line.logger, "root");
+    lines.insert(line.line);
+  }
+  EXPECT_EQ(lines.size(), log.lines().size()) << "each stage warns from a line of its own";
   return log.texts();
 }
 

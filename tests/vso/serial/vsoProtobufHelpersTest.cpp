@@ -264,7 +264,10 @@ TEST(PosixTimeNow, GoesByTheTimeZone) {
 }
 
 TEST(PosixTimeNow, ThrowsWhenTheCalendarHasNoSuchTime) {
-  for (const long seconds : {LONG_MAX, LONG_MIN}) {
+  const TimeZone zone("AHEAD-05:30");
+  // The last second of the year 9999 in this zone has a date, the next one has none.
+  EXPECT_EQ(detail::localTime(253402280999), timeOf("9999-12-31 23:59:59"));
+  for (const long seconds : {LONG_MAX, LONG_MIN, 253402281000L, 2200000000000L}) {
     try {
       detail::localTime(seconds);
       FAIL() << seconds << " was taken";

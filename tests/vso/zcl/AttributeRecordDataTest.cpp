@@ -19,8 +19,6 @@ namespace {
 
 using test::Data;
 using test::dataOf;
-using test::hex;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::string printed(const AttributeRecordData& record) {

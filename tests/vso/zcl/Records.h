@@ -26,7 +26,7 @@ inline Data dataOf(const std::string& text) {
 
 /// All 200 bytes, without the zeros at their end: "04 03".
 inline std::string hex(const Data& data) {
-  unsigned int count = static_cast<unsigned int>(data.size());
+  auto count = static_cast<unsigned int>(data.size());
   while (count != 0 && data[count - 1] == 0) --count;
   std::string text;
   hexify(data.data(), count, text, true);
@@ -59,6 +59,7 @@ std::vector<std::string> showList(Read read) {
   records[0].id_ = 0xDEAD;
   read(records);
   std::vector<std::string> texts;
+  texts.reserve(records.size());
   for (const Record& record : records) texts.push_back(show(record));
   return texts;
 }

@@ -17,7 +17,6 @@
 namespace qx {
 namespace {
 
-using test::bytes;
 using test::bytesOf;
 using test::confirmed;
 using test::hex;

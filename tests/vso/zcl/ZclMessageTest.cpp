@@ -24,7 +24,6 @@ using test::bytes;
 using test::bytesOf;
 using test::hex;
 using test::TracedMessage;
-using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::EndsWith;
