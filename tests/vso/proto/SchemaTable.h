@@ -1,4 +1,5 @@
-// The schema as other programs know it: every field and every enumeration value with its number.
+// The schema as other programs know it: every field and every enumeration value with its number,
+// and which file imports which.
 #pragma once
 
 namespace qx::test {
@@ -295,6 +296,43 @@ constexpr SchemaValue SCHEMA_VALUES[] = {
     {"VessoriMessagePriorityPEnum", "VessoriMessagePriorityPEnum", 25, "VESSORI_MESSAGE_PRIORITY_LOW"},
     {"VessoriMessagePriorityPEnum", "VessoriMessagePriorityPEnum", 50, "VESSORI_MESSAGE_PRIORITY_MEDIUM"},
     {"VessoriMessagePriorityPEnum", "VessoriMessagePriorityPEnum", 75, "VESSORI_MESSAGE_PRIORITY_HIGH"},
+};
+
+struct SchemaImport {
+  const char* file;
+  const char* imported;
+};
+
+constexpr SchemaImport SCHEMA_IMPORTS[] = {
+    {"EventHistogramPBuf", "google/protobuf/timestamp"},
+    {"HopPBuf", "EuidPBuf"},
+    {"HopPBuf", "TriboolPEnum"},
+    {"HopPBuf", "PanIdPBuf"},
+    {"HopPBuf", "ZigbeeNodeDeviceTypePEnum"},
+    {"MeshParametersPBuf", "PanIdPBuf"},
+    {"MeshParametersPBuf", "MeshSecurityKeyDataPBuf"},
+    {"MeshSecurityDataPBuf", "EuidPBuf"},
+    {"MeshSecurityDataPBuf", "MeshSecurityKeyDataPBuf"},
+    {"SourceRoutePBuf", "U255BuffPBuf"},
+    {"SourceRoutePBuf", "EuidPBuf"},
+    {"SourceRoutePBuf", "google/protobuf/timestamp"},
+    {"ZapPBuf", "EuidPBuf"},
+    {"ZapPBuf", "HopPBuf"},
+    {"ZapPBuf", "MeshSecurityDataPBuf"},
+    {"ZapPBuf", "PanIdPBuf"},
+    {"ZapPBuf", "RoutePBuf"},
+    {"ZapPBuf", "google/protobuf/timestamp"},
+    {"ZapProxyPBuf", "EuidPBuf"},
+    {"ZigbeeNodePBuf", "EuidPBuf"},
+    {"ZigbeeNodePBuf", "google/protobuf/timestamp"},
+    {"ZigbeeNodePBuf", "EventHistogramPBuf"},
+    {"ZigbeeNodePBuf", "SourceRoutePBuf"},
+    {"ZigbeeNodePBuf", "ZigbeeNodeDeviceTypePEnum"},
+    {"ZigbeeNodePBuf", "HopPBuf"},
+    {"ZigbeeNodePBuf", "RoutePBuf"},
+    {"ZigbeeNodePBuf", "AccessPointPBuf"},
+    {"ZigbeeNodePBuf", "QxdiagnosticsNodeCountersPBuf"},
+    {"ZigbeeOtaUpgradeOperationPBuf", "EuidPBuf"},
 };
 
 }  // namespace qx::test

@@ -92,12 +92,15 @@ class GeneratedSchema {
   std::set<std::string> files;
   std::set<std::string> fields;
   std::set<std::string> values;
+  std::set<std::string> imports;
 
  private:
+  /// Without extension, and files of this schema without their folder.
   static std::string shortName(const FileDescriptor& file) {
     const std::string folder = "vso/proto/";
     const std::string extension = ".proto";
-    return file.name().substr(folder.size(), file.name().size() - folder.size() - extension.size());
+    const std::string name = file.name().substr(0, file.name().size() - extension.size());
+    return name.compare(0, folder.size(), folder) == 0 ? name.substr(folder.size()) : name;
   }
 
   void take(const FileDescriptor& file) {
@@ -105,6 +108,7 @@ class GeneratedSchema {
     EXPECT_EQ(file.package(), "qx.pb") << file.name();
     const std::string name = shortName(file);
     files.insert(name);
+    for (int i = 0; i < file.dependency_count(); ++i) imports.insert(name + " " + shortName(*file.dependency(i)));
     for (int i = 0; i < file.message_type_count(); ++i) take(name, *file.message_type(i));
     for (int i = 0; i < file.enum_type_count(); ++i) take(name, *file.enum_type(i));
   }
@@ -156,6 +160,13 @@ TEST(Schema, HasJustItsEnumerationValues) {
   }
   EXPECT_EQ(expected.size(), std::size(SCHEMA_VALUES));
   EXPECT_EQ(GeneratedSchema().values, expected);
+}
+
+TEST(Schema, ImportsWhatItNeeds) {
+  std::set<std::string> expected;
+  for (const SchemaImport& row : SCHEMA_IMPORTS) expected.insert(std::string(row.file) + " " + row.imported);
+  EXPECT_EQ(expected.size(), std::size(SCHEMA_IMPORTS));
+  EXPECT_EQ(GeneratedSchema().imports, expected);
 }
 
 TEST(Schema, KeepsNodeHealthAsAMap) {
