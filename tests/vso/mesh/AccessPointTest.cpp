@@ -49,7 +49,7 @@ TEST(AccessPoint, PrintsTheIndexWithoutAWidth) {
   EXPECT_EQ(printed(AccessPoint(0, 0)), "Destination: 0x0000 Index: 0x0");
 }
 
-TEST(AccessPoint, PrintsLowercaseDigitsOnAnyStream) {
+TEST(AccessPoint, PrintsHexadecimalWhateverBaseAndFillAStreamHas) {
   std::ostringstream out;
   out << std::dec;
   out.fill('*');

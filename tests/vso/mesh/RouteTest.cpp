@@ -193,5 +193,17 @@ TEST(Route, WritesXmlWithDigitsForItsFlags) {
                 "<route_record_required_>0</route_record_required_><next_hop_>0</next_hop_></item>");
 }
 
+TEST(Route, PrintsTheSameAgainOnAStreamThatItLeft) {
+  const Route route(0x0A, 0x1A2B, ROUTE_ACTIVE, false, true, false);
+  const std::string line =
+      "Destination: 0x000a Status: ROUTE_ACTIVE Mem Constrained: false Many To One: true Route Record Required: false "
+      "Next Hop: 0x1a2b";
+  std::ostringstream out;
+  out << std::dec;
+  out.fill('*');
+  out << route << '|' << route;
+  EXPECT_EQ(out.str(), line + '|' + line);
+}
+
 }  // namespace
 }  // namespace qx

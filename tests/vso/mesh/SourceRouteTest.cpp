@@ -498,5 +498,21 @@ TEST(SourceRoute, CopiesNoListFromALengthAboveTheStorage) {
   EXPECT_EQ(assigned.printSourceRouteOrder(" "), "0x0abc 0x2222 0x1111");
 }
 
+TEST(SourceRoute, PrintsTheSameAgainOnAStreamThatItLeft) {
+  std::ostringstream out;
+  out << std::dec;
+  out.fill('*');
+  out << routeOf({0x0A, 0x2222}) << '|' << routeOf({0x0A, 0x2222});
+  EXPECT_EQ(out.str(), "0x000a 0x2222|0x000a 0x2222");
+}
+
+TEST(SourceRoute, LeavesTheStreamAloneWhenThereIsNoRelay) {
+  std::ostringstream out;
+  out.fill('*');
+  out << routeOf({}) << ' ' << 10;
+  EXPECT_EQ(out.str(), "neighbor 10");
+  EXPECT_EQ(out.fill(), '*');
+}
+
 }  // namespace
 }  // namespace qx
