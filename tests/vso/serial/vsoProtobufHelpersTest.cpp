@@ -40,7 +40,6 @@ class VessoriParams {
 namespace {
 
 using boost::logic::indeterminate;
-using boost::logic::tribool;
 using google::protobuf::Any;
 using google::protobuf::Timestamp;
 using test::hexText;
