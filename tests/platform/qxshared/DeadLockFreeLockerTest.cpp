@@ -12,6 +12,7 @@
 #include <boost/thread/barrier.hpp>
 #include <boost/thread/recursive_mutex.hpp>
 
+#include "qxlogger/Logger.h"
 #include "qxshared/CThread.h"
 #include "support/LogCapture.h"
 
@@ -179,6 +180,19 @@ TEST(DeadLockFreeLocker, WarnsOfAHolderThatUsesNoLocker) {
   EXPECT_EQ(log.texts().front(),
             "DeadLockFreeLocker::DeadLockFreeLocker: mutex (the description) not free after 1 ms: taken at an unknown "
             "place, wanted at Waiter.cpp:22, waiting on");
+}
+
+TEST(DeadLockFreeLocker, SetsTheLoggerUpBeforeTheFirstLine) {
+  const test::LogBeforeTheFirstLine before;
+  const Limit limit(milliseconds(1));
+  boost::recursive_timed_mutex mutex;
+  testing::internal::CaptureStderr();
+  mutex.lock();
+  std::thread waiter([&mutex] { const DeadLockFreeLocker wanted(mutex, "the first mutex", "", 0); });
+  while (!Logger::hasBeenInitialized) std::this_thread::yield();
+  mutex.unlock();
+  waiter.join();
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("the first mutex"));
 }
 
 TEST(DeadLockFreeLocker, WarnsOnlyOnceInAWait) {

@@ -715,6 +715,21 @@ TEST(ZclMessage, ReadsAndWritesAHeaderBehindALengthAbove255) {
   EXPECT_EQ(hex(frame), "04 40 10 08 07");
 }
 
+/// A caller one level further down the stack than its own.
+[[gnu::noinline]] void setMcFromFurtherDown(ZclMessage& frame) {
+  frame.setMc(0x1234);
+  asm volatile("" : : "r"(&frame) : "memory");  // not the last thing done, so that the call keeps its stack frame
+}
+
+TEST(ZclMessage, ShowsTheStackOfEachAssertionThatFails) {
+  const test::LogCapture log;
+  ZclMessage frame(bytesOf("01 07 0a"));
+  frame.setMc(0x1234);
+  setMcFromFurtherDown(frame);
+  ASSERT_EQ(log.texts().size(), 2U);
+  EXPECT_NE(log.texts()[0], log.texts()[1]);
+}
+
 // Virtual operations.
 
 /// The slot of a virtual operation. In the C++ ABI of Linux a pointer to a virtual member holds the slot's offset in
