@@ -89,17 +89,6 @@ class ZclLevelControl : public ZclMessage {
   ZclReading<bool> remainingTimeSuccess() const;
   ZclReading<bool> transitionTimeSuccess() const;
   ZclReading<bool> onLevelSuccess() const;
-
- private:
-  FrameWriter newCommand(unsigned char commandId) {
-    setFcf(CLUSTER_SPECIFIC);
-    setCid(commandId);
-    return newPayload();
-  }
-  void endCommand(const FrameWriter& payload) {
-    endPayload(payload);
-    isValidLength();
-  }
 };
 
 }  // namespace qx

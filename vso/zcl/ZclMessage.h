@@ -195,6 +195,17 @@ class ZclMessage : public U255Buff<unsigned char> {
   FrameReader payload() const noexcept { return FrameReader(*this, headerLength()); }
 
  protected:
+  /// Begins one of a cluster's own commands, client to server: a new payload behind a header with this command.
+  /// `endCommand` closes what was written to it.
+  FrameWriter newCommand(unsigned char commandId) {
+    setFcf(CLUSTER_SPECIFIC);
+    setCid(commandId);
+    return newPayload();
+  }
+  void endCommand(const FrameWriter& payload) {
+    endPayload(payload);
+    isValidLength();
+  }
   /// A writer that stands at the first byte behind the header. `endPayload` closes what it wrote.
   FrameWriter newPayload() noexcept { return {*this, headerLength()}; }
   /// Sets the frame's length to where `writer` stands, and warns if bytes were dropped.
