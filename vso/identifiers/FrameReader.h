@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstring>
+#include <string>
 
 #include "vso/identifiers/U255Buff.h"
 
@@ -10,7 +11,8 @@ namespace qx {
 /// A cursor over bytes from outside. It has two bounds: the end of what was received says when a walk is over
 /// (`more()`), the end of the storage says which bytes exist. Between the two, bytes are read as they stand; behind the
 /// storage every byte reads as zero, and the cursor moves on all the same (a frame's walk never brings it near the end
-/// of its 32 bits). Nothing throws and nothing allocates.
+/// of its 32 bits). Nothing throws and nothing allocates, but for the memory of a
+/// text.
 ///
 /// The byte order of a number is in the name of its reader, since both orders occur in one frame.
 class FrameReader {
@@ -68,6 +70,13 @@ class FrameReader {
   template <unsigned int COUNT>
   void bytes(unsigned char (&out)[COUNT]) noexcept {
     bytes(out, COUNT);
+  }
+
+  /// The next `count` bytes as text, the one read that may allocate.
+  std::string text(unsigned int count) {
+    std::string out(count, '\0');
+    bytes(reinterpret_cast<unsigned char*>(out.data()), count);
+    return out;
   }
 
   /// Writes the next `count` bytes to `out`. The only load.

@@ -47,6 +47,10 @@ char* detail::hexDigits(unsigned char byte, char* out) noexcept {
   return out + 2;
 }
 
+unsigned char detail::byteOfDigits(unsigned char high, unsigned char low) noexcept {
+  return static_cast<unsigned char>(NIBBLES[high] << 4 | NIBBLES[low]);
+}
+
 template <typename T>
 const T* hexify(const T* data, unsigned int count, std::string& out, bool separators) {
   if (data == nullptr) return nullptr;

@@ -37,6 +37,9 @@ namespace detail {
 /// Writes `byte` as two lowercase digits at `out` and returns the place behind them.
 char* hexDigits(unsigned char byte, char* out) noexcept;
 
+/// The byte that two characters stand for, the first being its high digit, with the values of `deHexify`.
+unsigned char byteOfDigits(unsigned char high, unsigned char low) noexcept;
+
 }  // namespace detail
 
 }  // namespace qx

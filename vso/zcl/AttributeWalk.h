@@ -51,6 +51,14 @@ class AttributeValue {
     }
   }
 
+  /// The value in readable form, zeros behind it.
+  AttributeRecordData::Data readable() const noexcept {
+    AttributeRecordData::Data data;
+    clearBytes(data.data(), data.size());
+    copyTo(data, false);
+    return data;
+  }
+
   /// Appends the value, which lies in wire form, to a frame.
   void appendTo(FrameWriter& out) const noexcept {
     FrameReader in = in_;
@@ -72,12 +80,6 @@ class AttributeValue {
   }
 
  private:
-  AttributeRecordData::Data readable() const noexcept {
-    AttributeRecordData::Data data;
-    clearBytes(data.data(), data.size());
-    copyTo(data, false);
-    return data;
-  }
   unsigned int textLength() const noexcept { return FrameReader(in_).u8(); }
 
   unsigned char type_;
@@ -85,7 +87,7 @@ class AttributeValue {
 };
 
 /// How the records of a command are laid out.
-enum class RecordLayout {
+enum class RecordLayout : int {
   ID,            ///< id (2): read attributes
   VALUE,         ///< id (2), type (1), value: write attributes, report attributes
   STATUS_VALUE,  ///< id (2), status (1), and if that is 0 type (1), value: read attributes response
@@ -126,6 +128,14 @@ class AttributeWalk {
         break;
     }
     return true;
+  }
+
+  /// Moves to the next record with this id; false at the end.
+  bool find(unsigned short id) noexcept {
+    while (next()) {
+      if (id_ == id) return true;
+    }
+    return false;
   }
 
   unsigned short id() const noexcept { return id_; }

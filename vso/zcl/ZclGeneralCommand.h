@@ -8,6 +8,8 @@ constexpr unsigned char READ_ATTRIBUTES = 0;
 constexpr unsigned char READ_ATTRIBUTES_RESPONSE = 1;
 constexpr unsigned char WRITE_ATTRIBUTES = 2;
 constexpr unsigned char WRITE_ATTRIBUTES_RESPONSE = 4;
+constexpr unsigned char WRITE_ATTRIBUTES_NO_RESPONSE = 5;
 constexpr unsigned char REPORT_ATTRIBUTES = 10;
+constexpr unsigned char DEFAULT_RESPONSE = 11;
 
 }  // namespace qx::ZclGeneralCommand

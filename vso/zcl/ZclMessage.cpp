@@ -3,6 +3,7 @@
 #include <log4cplus/logger.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "qxshared/AssertWrite.h"
 #include "qxshared/StackTrace.h"
@@ -88,6 +89,15 @@ void ZclMessage::addString(const std::string& text) {
   // More than a frame's worth is dropped anyway, and the count of dropped bytes need not be exact beyond that.
   out.bytes(reinterpret_cast<const unsigned char*>(text.data()),
             static_cast<unsigned int>(std::min<std::size_t>(text.size(), 0xFFFF)));
+  endPayload(out);
+}
+
+void ZclMessage::setCountedIds(const std::vector<unsigned short>& ids) {
+  FrameWriter out = newPayload();
+  endPayload(out);
+  if (headerLength() + 2 * ids.size() + 1 > CAPACITY) throw std::runtime_error("Too many ids to fit in packet");
+  out.u8(static_cast<unsigned char>(ids.size()));
+  for (const unsigned short id : ids) out.u16le(id);
   endPayload(out);
 }
 

@@ -19,6 +19,9 @@ class ReadAttributeStatusRecord;
 class ReportAttributeRecord;
 class WriteAttributeRecord;
 class WriteAttributeReportRecord;
+namespace detail {
+enum class RecordLayout : int;
+}
 
 /// One ZCL frame, held in the object exactly as it travels: `contents[0 .. length_)`.
 ///
@@ -213,6 +216,24 @@ class ZclMessage : public U255Buff<unsigned char> {
     length_ = writer.at();
     if (writer.dropped() != 0) warnOfOverflow(writer.dropped());
   }
+  /// A writer that stands behind what the frame holds, and `endPayload` closes it too.
+  FrameWriter morePayload() noexcept { return {*this, length_}; }
+  /// True for a frame with this command, whatever its length. Warns of nothing, unlike `commandIdentifier`.
+  bool isCommand(unsigned char commandId) const noexcept { return readByte(commandOffset()) == commandId; }
+  /// True if there are `least` to `most` bytes behind the header.
+  bool isPayloadOf(unsigned int least, unsigned int most = ~0U) const noexcept {
+    return length_ >= headerLength() && length_ - headerLength() >= least && length_ - headerLength() <= most;
+  }
+  /// Makes the number of ids (1 byte) and the ids (2 bytes each, little-endian) the payload. Throws std::runtime_error,
+  /// "Too many ids to fit in packet", with the payload empty, for more ids than fit: 125 behind a header of 3 bytes.
+  void setCountedIds(const std::vector<unsigned short>& ids);
+  /// Adds `record`, whose value is in wire form, behind the records of the frame, which are laid out as `layout` says
+  /// (VALUE or STATUS_VALUE). An attribute that the frame has already keeps its value, and nothing changes.
+  ///
+  /// The records before it are written anew from their readable form, as a frame rebuilt from the list of its reader
+  /// is: a string among them goes out without its length byte, so that its first character is then taken for the
+  /// length.
+  void addAttribute(detail::RecordLayout layout, const AttributeRecordData& record);
   /// Appends one record of a read attributes response to `payload`: id, status, and only if that is 0 type and value.
   static void addReadResponse(FrameWriter& payload, const ReadAttributeStatusRecord& record);
 

@@ -65,13 +65,7 @@ void ZclMessage::getReadAttributes(std::vector<unsigned short>& ids) const {
   while (walk.next()) ids.push_back(walk.id());
 }
 
-bool ZclMessage::hasReadAttributeId(unsigned short id) const {
-  AttributeWalk walk(*this, RecordLayout::ID);
-  while (walk.next()) {
-    if (walk.id() == id) return true;
-  }
-  return false;
-}
+bool ZclMessage::hasReadAttributeId(unsigned short id) const { return AttributeWalk(*this, RecordLayout::ID).find(id); }
 
 void ZclMessage::setWriteAttributes(const std::vector<WriteAttributeRecord>& records) {
   FrameWriter out = newPayload();
@@ -148,6 +142,28 @@ void ZclMessage::getWriteAttributeResponses(std::vector<WriteAttributeReportReco
     record.status_ = walk.status();
     record.id_ = walk.id();
   }
+}
+
+void ZclMessage::addAttribute(RecordLayout layout, const AttributeRecordData& record) {
+  const ZclMessage before(*this);
+  const AttributeWalk start(before, layout);
+  if (AttributeWalk(start).find(record.id_)) return;
+  FrameWriter out = newPayload();
+  const auto add = [&out, layout](const ReadAttributeStatusRecord& added) {
+    if (layout == RecordLayout::STATUS_VALUE) {
+      addReadResponse(out, added);
+    } else {
+      out.u16le(added.id_);
+      addTypeAndValue(out, added);
+    }
+  };
+  for (AttributeWalk walk = start; walk.next();) {
+    ReadAttributeStatusRecord known(walk.id(), walk.value().type(), walk.value().readable());
+    known.status_ = walk.status();
+    add(known);
+  }
+  add(ReadAttributeStatusRecord(record.id_, record.type_, record.data_));
+  endPayload(out);
 }
 
 }  // namespace qx
