@@ -109,6 +109,7 @@ class AttributeWalk {
   /// Moves to the next record; false at the end.
   bool next() noexcept {
     if (!in_.more()) return false;
+    begin_ = in_.at();
     switch (layout_) {
       case RecordLayout::ID:
         id_ = in_.u16le();
@@ -144,6 +145,10 @@ class AttributeWalk {
   /// The value of this record. That of the record before it where this one has none.
   AttributeValue value() const noexcept { return {type_, value_}; }
 
+  /// Offset of this record in the frame, and of the byte behind it. The latter may lie behind the frame's end.
+  unsigned int begin() const noexcept { return begin_; }
+  unsigned int end() const noexcept { return in_.at(); }
+
   /// How many records follow this one.
   unsigned int countRest() const noexcept {
     AttributeWalk rest = *this;
@@ -161,6 +166,7 @@ class AttributeWalk {
 
   RecordLayout layout_;
   FrameReader in_;
+  unsigned int begin_ = 0;
   unsigned short id_ = 0;
   unsigned char status_ = ZCL_SUCCESS;
   unsigned char type_ = 0;

@@ -17,8 +17,6 @@ namespace {
 
 const log4cplus::Logger logger = log4cplus::Logger::getRoot();
 
-constexpr unsigned short QX_MANUFACTURER_CODE = 0x1040;
-
 }  // namespace
 
 unsigned char ZclMessage::transactionSequenceNumber_ = 0;

@@ -50,6 +50,9 @@ class ZclMessage : public U255Buff<unsigned char> {
   static constexpr unsigned char FROM_SERVER = 0x08;
   static constexpr unsigned char DISABLE_DEFAULT_RESPONSE = 0x10;
 
+  /// The maker's own manufacturer code.
+  static constexpr unsigned short QX_MANUFACTURER_CODE = 0x1040;
+
   /// The sequence number that the next frame takes: one counter for all clusters and destinations, zero at load, 255 is
   /// followed by 0. A server that restarts may seed it.
   static unsigned char transactionSequenceNumber_;

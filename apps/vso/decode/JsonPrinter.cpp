@@ -5,6 +5,8 @@
 #include <variant>
 #include <vector>
 
+#include "vso/zdo/ZdoResponse.h"
+
 namespace qx::app {
 
 namespace {
@@ -28,7 +30,14 @@ Json json(const ZclHeader& header) {
           {"name", header.name != nullptr ? Json(header.name) : Json(nullptr)}};
 }
 
-Json json(const ZdoHeader& header) { return {{"sequence", orNull(header.sequence)}}; }
+Json json(const ZdoHeader& header) {
+  Json object{{"sequence", orNull(header.sequence)}};
+  if (header.status) {
+    object["status"] = *header.status;
+    object["statusText"] = ZdoResponse::statusStr(static_cast<ZdoStatus>(*header.status));
+  }
+  return object;
+}
 
 Json json(const DecodedAttribute& attribute) {
   Json object{{"id", attribute.id}};
@@ -54,6 +63,24 @@ Json json(const std::vector<NamedValue>& values) {
   return object;
 }
 
+Json json(const DecodedTable& table) {
+  Json array = Json::array();
+  for (const auto& row : table.rows) array.push_back(json(row));
+  return array;
+}
+
+Json json(const FrameVerdict& verdict) {
+  switch (verdict.state) {
+    case FrameVerdict::WHOLE:
+      return {{"whole", true}};
+    case FrameVerdict::BROKEN:
+      return {{"whole", false}, {"byte", verdict.byte}, {"what", verdict.what}};
+    case FrameVerdict::UNKNOWN:
+      break;
+  }
+  return {{"whole", nullptr}, {"byte", verdict.byte}, {"what", verdict.what}};
+}
+
 std::string lineOf(const Json& object) { return object.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n"; }
 
 }  // namespace
@@ -67,6 +94,8 @@ std::string JsonPrinter::print(const DecodedFrame& frame) const {
   if (frame.attributes) object["attributes"] = json(*frame.attributes);
   if (!frame.fields.empty()) object["fields"] = json(frame.fields);
   if (!frame.readings.empty()) object["readings"] = json(frame.readings);
+  if (frame.table) object["rows"] = json(*frame.table);
+  object["verdict"] = json(frame.verdict);
   return lineOf(object);
 }
 

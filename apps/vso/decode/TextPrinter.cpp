@@ -1,5 +1,7 @@
 #include "apps/vso/decode/TextPrinter.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string_view>
 #include <variant>
@@ -8,6 +10,7 @@
 #include "qxshared/cleanString.h"
 #include "qxshared/hexStr.h"
 #include "vso/zcl/ZclMessage.h"
+#include "vso/zdo/ZdoResponse.h"
 
 namespace qx::app {
 
@@ -47,11 +50,23 @@ const char* text(ZclFrameType type) {
   return "reserved";
 }
 
-std::string text(bool value) { return value ? "true" : "false"; }
-std::string text(unsigned int value) { return std::to_string(value); }
+/// A value as people read it, numbers in `digits` hexadecimal digits unless that is 0.
+std::string text(std::nullptr_t, unsigned int) { return "-"; }
+std::string text(bool value, unsigned int) { return value ? "true" : "false"; }
+std::string text(long long value, unsigned int digits) {
+  return digits == 0 ? std::to_string(value) : hexStr(static_cast<unsigned long long>(value), digits / 2, true);
+}
+std::string text(const std::string& value, unsigned int) { return cleanString(value); }
+std::string text(const std::vector<unsigned int>& values, unsigned int digits) {
+  std::string list;
+  for (const unsigned int value : values)
+    list += (list.empty() ? "" : " ") + text(static_cast<long long>(value), digits);
+  return list;
+}
 
 std::string text(const NamedValue& named) {
-  return withName(std::visit([](auto value) { return text(value); }, named.value), named.meaning);
+  return withName(std::visit([&named](const auto& value) { return text(value, named.digits); }, named.value),
+                  named.meaning);
 }
 
 /// The lines of one frame as they come together.
@@ -104,6 +119,11 @@ void add(Block& block, const ZclHeader& header) {
 
 void add(Block& block, const ZdoHeader& header) {
   if (header.sequence) block.line("sequence", std::to_string(*header.sequence));
+  if (header.status) {
+    const auto status = static_cast<ZdoStatus>(*header.status);
+    const std::string words = withName(hex8(*header.status), ZdoResponse::statusStr(status));
+    block.line("status", status == QX_ZDP_SUCCESS ? words : block.warning(words));
+  }
 }
 
 std::string text(const Block& block, const DecodedAttribute& attribute) {
@@ -122,6 +142,35 @@ void add(Block& block, const char* label, const std::vector<NamedValue>& values)
   for (const NamedValue& named : values) block.item(named.name, text(named));
 }
 
+/// Columns as wide as their widest cell, two blanks apart.
+void add(Block& block, const DecodedTable& table) {
+  block.list(table.name);
+  if (table.rows.empty()) return;
+  std::vector<std::vector<std::string>> lines(1);
+  for (const NamedValue& cell : table.rows.front()) lines.front().emplace_back(cell.name);
+  for (const auto& row : table.rows) {
+    auto& line = lines.emplace_back();
+    for (const NamedValue& cell : row) line.push_back(text(cell));
+  }
+  std::vector<std::size_t> widths(lines.front().size());
+  for (const auto& line : lines) {
+    for (std::size_t i = 0; i < line.size(); ++i) widths[i] = std::max(widths[i], line[i].size());
+  }
+  for (const auto& line : lines) {
+    std::string item;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+      item += line[i];
+      if (i + 1 < line.size()) item.append(widths[i] - line[i].size() + 2, ' ');
+    }
+    block.item(item);
+  }
+}
+
+std::string text(const Block& block, const FrameVerdict& verdict) {
+  const std::string words = verdict.toString();
+  return verdict.state == FrameVerdict::BROKEN ? block.warning(words) : words;
+}
+
 }  // namespace
 
 std::string TextPrinter::print(const DecodedFrame& frame) const {
@@ -131,17 +180,15 @@ std::string TextPrinter::print(const DecodedFrame& frame) const {
   block.line("profile", hex16(frame.profile));
   block.line("cluster", withName(hex16(frame.cluster), frame.clusterName));
   std::visit([&](const auto& header) { add(block, header); }, frame.header);
-  if (frame.length < frame.headerLength) {
-    block.line("too short", block.warning("the frame has " + bytes(frame.length) + ", its header " +
-                                          std::to_string(frame.headerLength)));
-  }
   if (frame.attributes) {
     block.list("attributes");
     for (const DecodedAttribute& attribute : *frame.attributes) block.item(text(block, attribute));
   }
   add(block, "fields", frame.fields);
   add(block, "readings", frame.readings);
+  if (frame.table) add(block, *frame.table);
   if (!frame.undecoded.empty()) block.line("not decoded", spaced(frame.undecoded));
+  block.line("verdict", text(block, frame.verdict));
   return block.lines();
 }
 

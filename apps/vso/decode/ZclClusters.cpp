@@ -5,11 +5,16 @@
 #include <iterator>
 
 #include "apps/vso/decode/clusters/readings.h"
+#include "vso/zcl/QxZclAnnounce.h"
+#include "vso/zcl/QxZclSscp.h"
+#include "vso/zcl/ZclGroups.h"
 #include "vso/zcl/ZclIdentify.h"
 #include "vso/zcl/ZclLevelControl.h"
 #include "vso/zcl/ZclOnOff.h"
 #include "vso/zcl/ZclOnOffSwitch.h"
+#include "vso/zcl/ZclOtaUpgrade.h"
 #include "vso/zcl/ZclProfile.h"
+#include "vso/zcl/ZclScenes.h"
 #include "vso/zcl/ZclTime.h"
 
 namespace qx::app {
@@ -17,19 +22,23 @@ namespace qx::app {
 namespace {
 
 constexpr unsigned short HOME = ZclProfile::HOME_AUTOMATION;
+constexpr auto QX_PRIVATE = static_cast<unsigned short>(ZclProfile::QX_PRIVATE);
+constexpr auto QX_ANNOUNCE = static_cast<unsigned short>(ZclProfile::QX_ANNOUNCE);
 
 constexpr ZclClusterRow CLUSTERS[] = {
     {HOME, 0x0000, "Basic"},
     {HOME, 0x0001, "Power Configuration"},
     {HOME, ZclIdentify::CLUSTER_ID, "Identify"},
-    {HOME, 0x0004, "Groups"},
-    {HOME, 0x0005, "Scenes"},
+    {HOME, ZclGroups::CLUSTER_ID, "Groups"},
+    {HOME, ZclScenes::CLUSTER_ID, "Scenes"},
     {HOME, ZclOnOff::CLUSTER_ID, "On/Off", addOnOffReadings},
     {HOME, ZclOnOffSwitch::CLUSTER_ID, "On/Off Switch Configuration"},
     {HOME, ZclLevelControl::CLUSTER_ID, "Level Control", addLevelControlReadings},
     {HOME, ZclTime::CLUSTER_ID, "Time"},
-    {HOME, 0x0019, "OTA Upgrade"},
+    {HOME, ZclOtaUpgrade::CLUSTER_ID, "OTA Upgrade", addOtaUpgradeReadings},
     {HOME, 0x0B05, "Diagnostics"},
+    {QX_PRIVATE, QxZclSscp::CLUSTER_ID, "mesh parameters", addSscpReadings},
+    {QX_ANNOUNCE, QxZclAnnounce::CLUSTER_ID, "announce", addAnnounceReadings},
 };
 
 constexpr bool before(const ZclClusterRow& a, const ZclClusterRow& b) {

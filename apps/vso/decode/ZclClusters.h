@@ -1,15 +1,13 @@
 // The clusters that the program knows by name, and which of them have typed readings.
 #pragma once
 
-#include <vector>
-
 #include "apps/vso/decode/DecodedFrame.h"
 #include "vso/identifiers/U255Buff.h"
 
 namespace qx::app {
 
-/// Appends what the typed readers of a cluster's class find in a general command.
-using AddReadings = void (*)(const U255Buff<unsigned char>& frame, std::vector<NamedValue>& readings);
+/// Appends what the typed readers of a cluster's class find in a list of attributes.
+using AddReadings = void (*)(const U255Buff<unsigned char>& frame, DecodedFrame& decoded);
 
 struct ZclClusterRow {
   unsigned short profile;

@@ -8,7 +8,6 @@
 #include "apps/vso/decode/DecodedFrame.h"
 #include "vso/identifiers/hexify.h"
 #include "vso/zcl/ReadAttributeStatusRecord.h"
-#include "vso/zcl/ReportAttributeRecord.h"
 #include "vso/zcl/WriteAttributeRecord.h"
 #include "vso/zcl/WriteAttributeReportRecord.h"
 #include "vso/zcl/ZclMessage.h"
@@ -61,20 +60,19 @@ void decodeList(const ZclMessage& frame, void (ZclMessage::*get)(std::vector<Rec
 
 }  // namespace
 
-void decodeAttributeIds(const ZclMessage& frame, DecodedFrame& decoded) {
-  decodeList<unsigned short>(frame, &ZclMessage::getReadAttributes, decoded);
-}
-void decodeReadResponses(const ZclMessage& frame, DecodedFrame& decoded) {
-  decodeList<ReadAttributeStatusRecord>(frame, &ZclMessage::getReadAttributesResponse, decoded);
-}
-void decodeWrites(const ZclMessage& frame, DecodedFrame& decoded) {
-  decodeList<WriteAttributeRecord>(frame, &ZclMessage::getWriteAttributes, decoded);
-}
-void decodeWriteResponses(const ZclMessage& frame, DecodedFrame& decoded) {
-  decodeList<WriteAttributeReportRecord>(frame, &ZclMessage::getWriteAttributeResponses, decoded);
-}
-void decodeReports(const ZclMessage& frame, DecodedFrame& decoded) {
-  decodeList<ReportAttributeRecord>(frame, &ZclMessage::getReportAttributes, decoded);
+void decodeAttributeList(FieldKind kind, const ZclMessage& frame, DecodedFrame& decoded) {
+  switch (kind) {
+    case FieldKind::ATTRIBUTE_IDS:
+      return decodeList<unsigned short>(frame, &ZclMessage::getReadAttributes, decoded);
+    case FieldKind::ATTRIBUTE_VALUES:
+      return decodeList<WriteAttributeRecord>(frame, &ZclMessage::getWriteAttributes, decoded);
+    case FieldKind::ATTRIBUTE_ANSWERS:
+      return decodeList<ReadAttributeStatusRecord>(frame, &ZclMessage::getReadAttributesResponse, decoded);
+    case FieldKind::ATTRIBUTE_STATUSES:
+      return decodeList<WriteAttributeReportRecord>(frame, &ZclMessage::getWriteAttributeResponses, decoded);
+    default:
+      return;
+  }
 }
 
 }  // namespace qx::app

@@ -1,6 +1,8 @@
 // The payloads of the general commands that carry lists of attributes.
 #pragma once
 
+#include "vso/layout/CommandLayout.h"
+
 namespace qx {
 class ZclMessage;
 }
@@ -9,12 +11,7 @@ namespace qx::app {
 
 struct DecodedFrame;
 
-// Each fills in `attributes` with what the library reads from the list.
-
-void decodeAttributeIds(const ZclMessage& frame, DecodedFrame& decoded);
-void decodeReadResponses(const ZclMessage& frame, DecodedFrame& decoded);
-void decodeWrites(const ZclMessage& frame, DecodedFrame& decoded);
-void decodeWriteResponses(const ZclMessage& frame, DecodedFrame& decoded);
-void decodeReports(const ZclMessage& frame, DecodedFrame& decoded);
+/// Fills in `attributes` with what the library reads from a list of this kind; leaves them absent for any other kind.
+void decodeAttributeList(FieldKind kind, const ZclMessage& frame, DecodedFrame& decoded);
 
 }  // namespace qx::app

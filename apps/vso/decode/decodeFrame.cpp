@@ -3,6 +3,7 @@
 #include "apps/vso/decode/decodeZcl.h"
 #include "apps/vso/decode/decodeZdo.h"
 #include "vso/identifiers/hexify.h"
+#include "vso/layout/FrameVerdict.h"
 
 namespace qx::app {
 
@@ -23,6 +24,7 @@ DecodedFrame decodeFrame(const ReceivedFrame& received) {
   } else {
     decodeZcl(received, decoded);
   }
+  decoded.verdict = judgeFrame(received.profile, received.cluster, received.bytes);
   return decoded;
 }
 

@@ -1,9 +1,9 @@
 #include "apps/vso/decode/decodeZcl.h"
 
 #include "apps/vso/decode/ZclClusters.h"
-#include "apps/vso/decode/ZclCommands.h"
-#include "apps/vso/decode/undecodedBytes.h"
+#include "apps/vso/decode/decodePayload.h"
 #include "vso/identifiers/FrameReader.h"
+#include "vso/layout/ZclCommandLayouts.h"
 #include "vso/zcl/ZclMessage.h"
 
 namespace qx::app {
@@ -34,54 +34,20 @@ ZclHeader readHeader(const ZclMessage& frame) {
   return header;
 }
 
-const ZclCommandRow* commandOf(const ZclHeader& header, const ZclClusterRow* cluster) {
-  switch (header.frameType) {
-    case ZclFrameType::GENERAL:
-      return findGeneralCommand(*header.command);
-    case ZclFrameType::CLUSTER_SPECIFIC:
-      if (cluster == nullptr || header.manufacturerSpecific) return nullptr;
-      return findClusterCommand(cluster->cluster, header.fromServer, *header.command);
-    case ZclFrameType::RESERVED:
-      break;
-  }
-  return nullptr;
-}
-
-/// Reads the fields that lie wholly within the payload, and leaves `in` behind the last of them.
-void readFields(const ZclFields& fields, FrameReader& in, DecodedFrame& decoded) {
-  for (const ZclField& field : fields) {
-    const unsigned int size = fieldSize(field.kind, in.left());
-    if (size == 0 || size > in.left()) return;
-    NamedValue value{field.name, size == 1 ? static_cast<unsigned int>(in.u8()) : in.u16le()};
-    if (field.kind == ZclFieldKind::STATUS) {
-      value.meaning = ZclMessage::zclStatusToStr(static_cast<ZclStatus>(std::get<unsigned int>(value.value)));
-    }
-    decoded.fields.push_back(value);
-  }
-}
-
 }  // namespace
 
 void decodeZcl(const ReceivedFrame& received, DecodedFrame& decoded) {
   const ZclMessage frame(received.bytes);
   const ZclClusterRow* const cluster = findCluster(received.profile, received.cluster);
   ZclHeader header = readHeader(frame);
-  decoded.headerLength = frame.headerLength();
   if (cluster != nullptr) decoded.clusterName = cluster->name;
   if (header.command) {
-    const ZclCommandRow* const command = commandOf(header, cluster);
-    if (command != nullptr) header.name = command->name;
-    if (command != nullptr && command->decodePayload != nullptr) {
-      command->decodePayload(frame, decoded);
-    } else {
-      FrameReader in = frame.payload();
-      if (command != nullptr) readFields(command->fields, in, decoded);
-      decoded.undecoded = undecodedBytes(in);
-    }
+    const CommandLayout* const layout = findZclCommand(received.profile, received.cluster, frame);
+    if (layout != nullptr) header.name = layout->name;
+    decodePayload(layout, frame, frame.headerLength(), decoded);
     // The library's readers go by the command alone and would take the payload of a cluster's own command for a list.
-    const bool clusterAttributes = header.frameType == ZclFrameType::GENERAL && !header.manufacturerSpecific;
-    if (cluster != nullptr && cluster->addReadings != nullptr && clusterAttributes) {
-      cluster->addReadings(received.bytes, decoded.readings);
+    if (cluster != nullptr && cluster->addReadings != nullptr && decoded.attributes) {
+      cluster->addReadings(received.bytes, decoded);
     }
   }
   decoded.header = header;

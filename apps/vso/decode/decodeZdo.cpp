@@ -1,17 +1,35 @@
 #include "apps/vso/decode/decodeZdo.h"
 
-#include "apps/vso/decode/undecodedBytes.h"
-#include "vso/identifiers/FrameReader.h"
+#include <algorithm>
+#include <cstring>
+
+#include "apps/vso/decode/decodePayload.h"
+#include "vso/layout/ZdoCommandLayouts.h"
+#include "vso/zdo/ZdoCommand.h"
+#include "vso/zdo/ZdoResponse.h"
 
 namespace qx::app {
 
+namespace {
+
+constexpr unsigned int SEQUENCE_SIZE = 1;
+constexpr unsigned int STATUS_SIZE = 1;
+
+}  // namespace
+
 void decodeZdo(const ReceivedFrame& received, DecodedFrame& decoded) {
-  FrameReader in(received.bytes);
+  const CommandLayout* const layout = findZdoCommand(received.cluster);
+  const ZdoResponse response(received.cluster, received.bytes);
   ZdoHeader header;
-  if (in.more()) header.sequence = in.u8();
-  decoded.headerLength = 1;
+  if (response.length_ >= SEQUENCE_SIZE) header.sequence = response.seqNum();
+  if ((received.cluster & ZdoCommand::RESPONSE) != 0 && response.length_ >= SEQUENCE_SIZE + STATUS_SIZE) {
+    header.status = response.status();
+  }
   decoded.header = header;
-  decoded.undecoded = undecodedBytes(in);
+  if (layout != nullptr) decoded.clusterName = layout->name;
+  decodePayload(layout, received.bytes, SEQUENCE_SIZE, decoded);
+  // The status of a response is in the header.
+  if (header.status && !decoded.fields.empty()) decoded.fields.erase(decoded.fields.begin());
 }
 
 }  // namespace qx::app

@@ -4,8 +4,9 @@
 
 namespace qx::app {
 
-void addLevelControlReadings(const U255Buff<unsigned char>& bytes, std::vector<NamedValue>& readings) {
+void addLevelControlReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded) {
   const ZclLevelControl frame(bytes);
+  std::vector<NamedValue>& readings = decoded.readings;
   addReading(readings, "currentLevel", frame.currentLevel());
   addReading(readings, "remainingTime", frame.remainingTime());
   addReading(readings, "transitionTime", frame.transitionTime());

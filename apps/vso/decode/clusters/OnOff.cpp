@@ -4,10 +4,10 @@
 
 namespace qx::app {
 
-void addOnOffReadings(const U255Buff<unsigned char>& bytes, std::vector<NamedValue>& readings) {
+void addOnOffReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded) {
   const ZclOnOff frame(bytes);
-  addReading(readings, "on", frame.on());
-  addReading(readings, "onSuccess", frame.onSuccess());
+  addReading(decoded.readings, "on", frame.on());
+  addReading(decoded.readings, "onSuccess", frame.onSuccess());
 }
 
 }  // namespace qx::app
