@@ -12,11 +12,15 @@ namespace qx::test {
 
 namespace {
 
+/// An id in hexadecimal digits.
+unsigned short idOf(const std::string& text) { return static_cast<unsigned short>(std::stoul(text, nullptr, 16)); }
+
 RecordedFrame frameOf(const nlohmann::json& line) {
   RecordedFrame frame;
   frame.id = line.at("id");
   frame.layer = line.at("layer");
-  frame.cluster = static_cast<unsigned int>(std::stoul(line.at("cluster").get<std::string>(), nullptr, 16));
+  frame.profile = idOf(line.at("profile"));
+  frame.cluster = idOf(line.at("cluster"));
   frame.hex = line.at("hex");
   frame.bytes = bytesOf(frame.hex);
   if (frame.bytes.length_ != line.at("length")) throw std::runtime_error(frame.id + ": the length is not that of hex");

@@ -16,7 +16,8 @@ struct RecordedFrame {
   std::string id;
   /// "zcl" or "zdo".
   std::string layer;
-  unsigned int cluster = 0;
+  unsigned short profile = 0;
+  unsigned short cluster = 0;
   /// The frame from its first byte on, in hexadecimal digits, and as bytes.
   std::string hex;
   U255Buff<unsigned char> bytes;
