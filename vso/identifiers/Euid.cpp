@@ -38,8 +38,6 @@ bool Euid::operator==(const std::string& hex) const {
 
 bool Euid::operator<(const Euid& other) const noexcept { return integer() < other.integer(); }
 
-void Euid::byteSwap() noexcept { std::reverse(bytes(), bytes() + sizeof id_); }
-
 void Euid::operator++(int) noexcept {
   for (unsigned char* byte = bytes() + sizeof id_; byte != bytes();) {
     if (++*--byte != 0) return;

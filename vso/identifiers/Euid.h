@@ -42,7 +42,7 @@ class Euid {
   bool operator<(const Euid& other) const noexcept;
 
   /// Reverses the 8 bytes in place.
-  void byteSwap() noexcept;
+  void byteSwap() noexcept { id_ = __builtin_bswap64(id_); }
   /// Adds 1 to the address as displayed (byte 7 is the lowest). All ones wrap to zero.
   void operator++(int) noexcept;
 

@@ -1,6 +1,8 @@
 // Writes numbers and bytes into a frame, front to back, without ever leaving its storage.
 #pragma once
 
+#include <cstring>
+
 #include "vso/identifiers/FrameReader.h"
 #include "vso/identifiers/U255Buff.h"
 
@@ -26,16 +28,14 @@ class FrameWriter {
     }
   }
   void u16le(unsigned short value) noexcept {
-    u8(static_cast<unsigned char>(value));
-    u8(static_cast<unsigned char>(value >> 8));
+    put({static_cast<unsigned char>(value), static_cast<unsigned char>(value >> 8)});
   }
   void u16be(unsigned short value) noexcept {
-    u8(static_cast<unsigned char>(value >> 8));
-    u8(static_cast<unsigned char>(value));
+    put({static_cast<unsigned char>(value >> 8), static_cast<unsigned char>(value)});
   }
   void u32le(unsigned int value) noexcept {
-    u16le(static_cast<unsigned short>(value));
-    u16le(static_cast<unsigned short>(value >> 16));
+    put({static_cast<unsigned char>(value), static_cast<unsigned char>(value >> 8),
+         static_cast<unsigned char>(value >> 16), static_cast<unsigned char>(value >> 24)});
   }
   void bytes(const unsigned char* from, unsigned int count) noexcept {
     FrameReader in(from, count, count);
@@ -52,6 +52,17 @@ class FrameWriter {
   }
 
  private:
+  /// Bytes of one number: one test for all of them where they fit.
+  template <unsigned int COUNT>
+  void put(const unsigned char (&number)[COUNT]) noexcept {
+    if (at_ <= U255Buff<unsigned char>::CAPACITY - COUNT) {
+      std::memcpy(storage_ + at_, number, COUNT);
+      at_ += COUNT;
+    } else {
+      for (const unsigned char byte : number) u8(byte);
+    }
+  }
+
   unsigned char* storage_;
   unsigned int at_;
   unsigned int dropped_ = 0;

@@ -1,6 +1,7 @@
 #include "vso/identifiers/PanId.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -36,7 +37,12 @@ bool PanId::operator==(unsigned int value) const noexcept {
   return std::all_of(std::begin(id_), std::end(id_), [value](unsigned int byte) { return byte == value; });
 }
 
-void PanId::byteSwap() noexcept { std::reverse(std::begin(id_), std::end(id_)); }
+void PanId::byteSwap() noexcept {
+  std::uint64_t swapped;  // whole: bytes written one by one would make the next reader of the id wait
+  std::memcpy(&swapped, id_, sizeof swapped);
+  swapped = __builtin_bswap64(swapped);
+  std::memcpy(id_, &swapped, sizeof id_);
+}
 
 void PanId::randomize() {
   timespec now{};

@@ -227,6 +227,9 @@ class ZclMessage : public U255Buff<unsigned char> {
   bool isPayloadOf(unsigned int least, unsigned int most = ~0U) const noexcept {
     return length_ >= headerLength() && length_ - headerLength() >= least && length_ - headerLength() <= most;
   }
+  /// A reader over the first `size` bytes of the payload alone, for fields whose length has been tested: what the
+  /// compiler knows to be inside costs no test. `size` is at most 250, so that it lies inside the storage.
+  FrameReader payloadOf(unsigned int size) const noexcept { return {contents + headerLength(), size, size}; }
   /// Makes the number of ids (1 byte) and the ids (2 bytes each, little-endian) the payload. Throws std::runtime_error,
   /// "Too many ids to fit in packet", with the payload empty, for more ids than fit: 125 behind a header of 3 bytes.
   void setCountedIds(const std::vector<unsigned short>& ids);

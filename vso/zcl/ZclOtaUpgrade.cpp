@@ -139,7 +139,7 @@ void ZclOtaUpgrade::getOtaUpgradeStatus() {
 
 tribool ZclOtaUpgrade::queryNextImageRequest(QueryNextImageRequest& request) const {
   if (!isCommand(QUERY_NEXT_IMAGE_REQUEST) || !isPayloadOf(QUERY_NEXT_IMAGE_REQUEST_SIZE)) return indeterminate;
-  FrameReader in = payload();
+  FrameReader in = payloadOf(QUERY_NEXT_IMAGE_REQUEST_SIZE + HARDWARE_VERSION_SIZE);
   request.fieldControl = in.u8();
   readImage(in, request);
   if ((request.fieldControl & QueryNextImageRequest::HAS_HARDWARE_VERSION) == 0) {
@@ -154,7 +154,7 @@ tribool ZclOtaUpgrade::queryNextImageRequest(QueryNextImageRequest& request) con
 tribool ZclOtaUpgrade::imageBlockRequest(ImageBlockRequest& request) const {
   constexpr unsigned int LARGEST = IMAGE_BLOCK_REQUEST_SIZE + ADDRESS_SIZE + BLOCK_PERIOD_SIZE;
   if (!isCommand(IMAGE_BLOCK_REQUEST) || !isPayloadOf(IMAGE_BLOCK_REQUEST_SIZE, LARGEST)) return indeterminate;
-  FrameReader in = payload();
+  FrameReader in = payloadOf(LARGEST);
   const unsigned char fieldControl = in.u8();
   const bool hasAddress = (fieldControl & ImageBlockRequest::HAS_REQUEST_NODE_ADDRESS) != 0;
   const bool hasPeriod = (fieldControl & ImageBlockRequest::HAS_MINIMUM_BLOCK_PERIOD) != 0;
@@ -173,7 +173,7 @@ tribool ZclOtaUpgrade::imageBlockRequest(ImageBlockRequest& request) const {
 tribool ZclOtaUpgrade::imagePageRequest(ImagePageRequest& request) const {
   if (!isCommand(IMAGE_PAGE_REQUEST)) return indeterminate;
   if (!isPayloadOf(IMAGE_PAGE_REQUEST_SIZE, IMAGE_PAGE_REQUEST_SIZE + ADDRESS_SIZE)) return indeterminate;
-  FrameReader in = payload();
+  FrameReader in = payloadOf(IMAGE_PAGE_REQUEST_SIZE + ADDRESS_SIZE);
   request.fieldControl = in.u8();
   readImage(in, request);
   request.fileOffset = in.u32le();
@@ -190,7 +190,7 @@ tribool ZclOtaUpgrade::imagePageRequest(ImagePageRequest& request) const {
 tribool ZclOtaUpgrade::upgradeEndRequest(UpgradeEndRequest& request) const {
   if (!isCommand(UPGRADE_END_REQUEST)) return indeterminate;
   if (!isPayloadOf(UPGRADE_END_REQUEST_SIZE, UPGRADE_END_REQUEST_SIZE)) return indeterminate;
-  FrameReader in = payload();
+  FrameReader in = payloadOf(UPGRADE_END_REQUEST_SIZE);
   request.status = in.u8();
   readImage(in, request);
   return true;
@@ -214,7 +214,7 @@ tribool ZclOtaUpgrade::readAttributesResponseImageUpgradeStatus(unsigned char& s
 
 tribool ZclOtaUpgrade::testingImageBlockResponse(ImageBlockResponse& response) const {
   if (!isCommand(IMAGE_BLOCK_RESPONSE) || !isPayloadOf(IMAGE_BLOCK_RESPONSE_SIZE)) return indeterminate;
-  FrameReader in = payload();
+  FrameReader in = payloadOf(IMAGE_BLOCK_RESPONSE_SIZE);
   response.status = in.u8();
   readImage(in, response);
   response.fileOffset = in.u32le();
@@ -239,7 +239,7 @@ void ZclOtaUpgrade::testingImagePageRequest(ImagePageRequest& request) {
 tribool ZclOtaUpgrade::testingUpgradeEndResponse(UpgradeEndResponse& response) const {
   if (!isCommand(UPGRADE_END_RESPONSE)) return indeterminate;
   if (!isPayloadOf(UPGRADE_END_RESPONSE_SIZE, UPGRADE_END_RESPONSE_SIZE)) return indeterminate;
-  FrameReader in = payload();
+  FrameReader in = payloadOf(UPGRADE_END_RESPONSE_SIZE);
   readImage(in, response);
   response.currentTime = in.u32le();
   response.upgradeTime = in.u32le();

@@ -44,7 +44,7 @@ class TableEntries {
   FrameReader next() noexcept {
     const unsigned int at = at_;
     at_ = (at_ + SIZE) % RING;
-    if (at + SIZE <= U255Buff<unsigned char>::CAPACITY) return FrameReader(page_, at);
+    if (at + SIZE <= U255Buff<unsigned char>::CAPACITY) return FrameReader(page_.contents + at, SIZE, SIZE);
     for (unsigned int i = 0; i < SIZE; ++i) wrapped_[i] = FrameReader(page_, (at + i) % RING).u8();
     return FrameReader(wrapped_, SIZE, SIZE);
   }

@@ -9,7 +9,18 @@ namespace qx {
 
 namespace {
 
+using boost::logic::indeterminate;
 using boost::logic::tribool;
+
+// What the bits of an entry stand for, by their value.
+
+constexpr unsigned char DEVICE_TYPES[] = {pb::QX_COORDINATOR, pb::QX_ROUTER, pb::QX_END_DEVICE, pb::QX_UNKNOWN_DEVICE};
+/// 0 stands for a receiver that is on: the reverse of what 0 means for PERMIT_JOINING.
+constexpr tribool RX_ON_WHEN_IDLE[] = {true, false, indeterminate, indeterminate};
+constexpr tribool PERMIT_JOINING[] = {false, true, indeterminate, indeterminate};
+constexpr HopRelationship RELATIONSHIPS[] = {NEIGHBOR_IS_PARENT, NEIGHBOR_IS_CHILD, NEIGHBOR_IS_SIBLING,
+                                             NONE_OF_THE_ABOVE,  PREVIOUS_CHILD,    NONE_OF_THE_ABOVE,
+                                             NONE_OF_THE_ABOVE,  NONE_OF_THE_ABOVE};
 
 template <typename Id>
 Id nextId(FrameReader& in) {
@@ -18,39 +29,6 @@ Id nextId(FrameReader& in) {
   Id id(bytes);
   id.byteSwap();
   return id;
-}
-
-unsigned char deviceType(unsigned char flags) {
-  constexpr unsigned char TYPES[] = {pb::QX_COORDINATOR, pb::QX_ROUTER, pb::QX_END_DEVICE, pb::QX_UNKNOWN_DEVICE};
-  return TYPES[flags & 0x03];
-}
-
-/// 0 stands for a receiver that is on: the reverse of what 0 means for `permitJoining`.
-tribool rxOnWhenIdle(unsigned char flags) {
-  switch (flags >> 2 & 0x03) {
-    case 0:
-      return true;
-    case 1:
-      return false;
-    default:
-      return boost::logic::indeterminate;
-  }
-}
-
-HopRelationship relationship(unsigned char flags) {
-  const int value = flags >> 4 & 0x07;
-  return value <= PREVIOUS_CHILD ? static_cast<HopRelationship>(value) : NONE_OF_THE_ABOVE;
-}
-
-tribool permitJoining(unsigned char flags) {
-  switch (flags & 0x03) {
-    case 0:
-      return false;
-    case 1:
-      return true;
-    default:
-      return boost::logic::indeterminate;
-  }
 }
 
 }  // namespace
@@ -67,8 +45,8 @@ void ZdoNetworkLqiResponse::hops(std::list<Hop>& out) const {
     const unsigned char joining = in.u8();
     const unsigned char treeDepth = in.u8();
     const unsigned char lqi = in.u8();
-    out.emplace_back(neighbor, lqi, lid, deviceType(flags), rxOnWhenIdle(flags), relationship(flags),
-                     permitJoining(joining), treeDepth, panId);
+    out.emplace_back(neighbor, lqi, lid, DEVICE_TYPES[flags & 0x03], RX_ON_WHEN_IDLE[flags >> 2 & 0x03],
+                     RELATIONSHIPS[flags >> 4 & 0x07], PERMIT_JOINING[joining & 0x03], treeDepth, panId);
   }
 }
 
