@@ -102,9 +102,12 @@ enum class RecordLayout : int {
 class AttributeWalk {
  public:
   /// Warns of a frame that is too short for its header, and walks it all the same.
-  AttributeWalk(const ZclMessage& frame, RecordLayout layout) : layout_(layout), in_(frame.payload()), value_(in_) {
+  AttributeWalk(const ZclMessage& frame, RecordLayout layout) : AttributeWalk(frame.payload(), layout) {
     frame.isValidLength();
   }
+  /// Walks records wherever they are. `records` stands at the first of them.
+  AttributeWalk(const FrameReader& records, RecordLayout layout) noexcept
+      : layout_(layout), in_(records), value_(records) {}
 
   /// Moves to the next record; false at the end.
   bool next() noexcept {

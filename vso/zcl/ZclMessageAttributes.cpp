@@ -1,6 +1,7 @@
 // The lists of the general commands.
 #include <algorithm>
 
+#include "vso/identifiers/storage.h"
 #include "vso/zcl/AttributeWalk.h"
 #include "vso/zcl/ReadAttributeStatusRecord.h"
 #include "vso/zcl/ReportAttributeRecord.h"
@@ -145,9 +146,10 @@ void ZclMessage::getWriteAttributeResponses(std::vector<WriteAttributeReportReco
 }
 
 void ZclMessage::addAttribute(RecordLayout layout, const AttributeRecordData& record) {
-  const ZclMessage before(*this);
-  const AttributeWalk start(before, layout);
-  if (AttributeWalk(start).find(record.id_)) return;
+  if (AttributeWalk(*this, layout).find(record.id_)) return;
+  unsigned char before[CAPACITY];
+  detail::copyBytes(before, contents, CAPACITY);
+  AttributeWalk walk(FrameReader(before, CAPACITY, length_, headerLength()), layout);
   FrameWriter out = newPayload();
   const auto add = [&out, layout](const ReadAttributeStatusRecord& added) {
     if (layout == RecordLayout::STATUS_VALUE) {
@@ -157,7 +159,7 @@ void ZclMessage::addAttribute(RecordLayout layout, const AttributeRecordData& re
       addTypeAndValue(out, added);
     }
   };
-  for (AttributeWalk walk = start; walk.next();) {
+  while (walk.next()) {
     ReadAttributeStatusRecord known(walk.id(), walk.value().type(), walk.value().readable());
     known.status_ = walk.status();
     add(known);

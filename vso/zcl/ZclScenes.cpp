@@ -100,12 +100,11 @@ void ZclScenes::unRecallScene(unsigned short groupId, unsigned char sceneId) {
 }
 
 void ZclScenes::getSceneCount() {
+  static const std::vector<unsigned short> ids{SCENE_COUNT};  // once a process: a frame does not allocate
   clusterSpecific_ = false;
   setFcf(0);
   setCid(ZclGeneralCommand::READ_ATTRIBUTES);
-  FrameWriter out = newPayload();
-  out.u16le(SCENE_COUNT);
-  endPayload(out);
+  setReadAttributes(ids);
 }
 
 tribool ZclScenes::sceneBundleResponse(SceneBundle& bundle) const {
