@@ -147,6 +147,32 @@ TEST(FrameReader, ReadsAnyStorage) {
   EXPECT_EQ(FrameReader(storage, 4, 9).left(), 4U);
 }
 
+TEST(FrameReader, ReadsText) {
+  const auto frame = test::bytesOf("61 62 63 00 ff 64");
+  FrameReader in(frame, 1);
+  EXPECT_EQ(in.text(2), "bc");
+  EXPECT_EQ(in.at(), 3U);
+  EXPECT_EQ(in.text(2), std::string("\0\xFF", 2));
+  EXPECT_EQ(in.text(0), "");
+  EXPECT_EQ(in.at(), 5U);
+  EXPECT_EQ(in.u8(), 0x64);
+}
+
+TEST(FrameReader, ReadsTextOfZerosBehindTheStorage) {
+  const auto frame = fullFrame();
+  FrameReader in(frame, 253);
+  EXPECT_EQ(in.text(4), std::string("\x07\x08\0\0", 4));
+  EXPECT_EQ(in.at(), 257U);
+  EXPECT_EQ(in.text(3), std::string(3, '\0'));
+  EXPECT_EQ(in.at(), 260U);
+}
+
+TEST(FrameReader, ReadsTextBehindTheEndAsItStands) {
+  U255Buff<unsigned char> frame('x');
+  frame.length_ = 1;
+  EXPECT_EQ(FrameReader(frame).text(255), std::string(255, 'x'));
+}
+
 TEST(FrameReader, WritesNothingForNoBytes) {
   const auto frame = fullFrame();
   unsigned char out = 0xEE;

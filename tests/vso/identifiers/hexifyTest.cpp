@@ -221,5 +221,24 @@ TEST(deHexify, GivesEachCharacterItsNibble) {
   }
 }
 
+TEST(byteOfDigits, ReadsTwoCharactersAsDeHexifyDoes) {
+  for (unsigned int high = 0; high < 256; ++high) {
+    for (unsigned int low = 0; low < 256; ++low) {
+      unsigned char byte = 0xEE;
+      deHexify(std::string{static_cast<char>(high), static_cast<char>(low)}, &byte, 1);
+      ASSERT_EQ(detail::byteOfDigits(static_cast<unsigned char>(high), static_cast<unsigned char>(low)), byte)
+          << high << ' ' << low;
+    }
+  }
+}
+
+TEST(byteOfDigits, TakesTheFirstForTheHighDigit) {
+  EXPECT_EQ(detail::byteOfDigits('a', '1'), 0xA1);
+  EXPECT_EQ(detail::byteOfDigits('F', 'f'), 0xFF);
+  EXPECT_EQ(detail::byteOfDigits('7', '\0'), 0x70);
+  EXPECT_EQ(detail::byteOfDigits('\0', '7'), 0x07);
+  EXPECT_EQ(detail::byteOfDigits('g', ' '), 0x00);
+}
+
 }  // namespace
 }  // namespace qx

@@ -47,6 +47,11 @@ TEST_P(AttributeValueOfType, IsCopiedInBothForms) {
   EXPECT_EQ(hex(data), GetParam().wire);
 }
 
+TEST_P(AttributeValueOfType, GivesItsReadableForm) {
+  // All 200 bytes, so that what it does not fill is zero.
+  EXPECT_EQ(value_.readable(), test::dataOf(GetParam().readable));
+}
+
 TEST_P(AttributeValueOfType, IsAppendedInWireForm) {
   U255Buff<unsigned char> frame(0x5A);
   FrameWriter out(frame, 1);
@@ -91,6 +96,23 @@ TEST(AttributeValue, HasNoBytesInATypeOutsideTheTable) {
     EXPECT_EQ(out.at(), 0U) << code;
     EXPECT_EQ(target.contents[0], 0x5A) << code;
   }
+}
+
+TEST(AttributeValue, GivesZerosAsTheReadableFormOfATypeOutsideTheTable) {
+  EXPECT_EQ(valueOf(0x0C, bytesOf("05 61 62")).readable(), AttributeRecordData::Data{});
+}
+
+TEST(AttributeValue, CutsItsReadableFormToTheDataOfARecord) {
+  U255Buff<unsigned char> frame(0x61);
+  frame.contents[0] = 255;
+  AttributeRecordData::Data expected;
+  expected.fill(0x61);
+  EXPECT_EQ(valueOf(0x42, frame).readable(), expected);
+  for (unsigned int i = 0; i < 200; i += 2) {
+    expected[i] = '6';
+    expected[i + 1] = '1';
+  }
+  EXPECT_EQ(valueOf(0x41, frame).readable(), expected);
 }
 
 TEST(AttributeValue, HasUpTo256BytesInAString) {
@@ -165,6 +187,56 @@ TEST(AttributeWalk, StepsThroughConfirmations) {
   EXPECT_EQ(walk.status(), 0);
   EXPECT_EQ(walk.id(), 0);
   EXPECT_FALSE(walk.next());
+}
+
+TEST(AttributeWalk, FindsTheNextRecordWithAnId) {
+  const ZclMessage frame(bytesOf("18 07 0a 01 00 20 05 02 01 21 06 07 01 00 20 08 03 00 20 09"));
+  AttributeWalk walk(frame, RecordLayout::VALUE);
+  ASSERT_TRUE(walk.find(1));
+  EXPECT_EQ(walk.id(), 1);
+  EXPECT_EQ(walk.value().firstByte(), 5);
+  ASSERT_TRUE(walk.find(1));
+  EXPECT_EQ(walk.value().firstByte(), 8);
+  // A record that was passed over is not found again.
+  EXPECT_FALSE(walk.find(0x0102));
+  EXPECT_FALSE(walk.next());
+}
+
+TEST(AttributeWalk, GoesOnBehindARecordThatWasFound) {
+  const ZclMessage frame(bytesOf("18 07 0a 01 00 20 05 02 01 21 06 07 03 00 20 09"));
+  AttributeWalk walk(frame, RecordLayout::VALUE);
+  ASSERT_TRUE(walk.find(0x0102));
+  EXPECT_EQ(walk.value().firstUint16(), 0x0706);
+  EXPECT_EQ(walk.countRest(), 1U);
+  ASSERT_TRUE(walk.next());
+  EXPECT_EQ(walk.id(), 3);
+}
+
+TEST(AttributeWalk, FindsInEveryLayout) {
+  struct {
+    RecordLayout layout;
+    const char* frame;
+    unsigned char status;
+  } const rows[] = {
+      {RecordLayout::ID, "00 07 00 01 00 02 01", 0},
+      {RecordLayout::VALUE, "18 07 0a 01 00 20 02 02 01 20 05", 0},
+      {RecordLayout::STATUS_VALUE, "18 07 01 01 00 00 20 02 02 01 86", 0x86},
+      {RecordLayout::STATUS_ID, "18 07 04 02 01 00 88 02 01", 0x88},
+  };
+  for (const auto& row : rows) {
+    const ZclMessage frame(bytesOf(row.frame));
+    AttributeWalk walk(frame, row.layout);
+    ASSERT_TRUE(walk.find(0x0102)) << row.frame;
+    EXPECT_EQ(walk.id(), 0x0102);
+    EXPECT_EQ(walk.status(), row.status);
+    EXPECT_FALSE(walk.find(0x0102)) << row.frame;
+    EXPECT_FALSE(AttributeWalk(frame, row.layout).find(0x0202)) << row.frame;
+  }
+}
+
+TEST(AttributeWalk, FindsNothingInAnEmptyPayload) {
+  EXPECT_FALSE(AttributeWalk(ZclMessage(bytesOf("18 07 0a")), RecordLayout::VALUE).find(0));
+  EXPECT_FALSE(AttributeWalk(ZclMessage(bytesOf("18 07 01")), RecordLayout::STATUS_VALUE).find(0));
 }
 
 TEST(AttributeWalk, CountsTheRecordsThatFollow) {
