@@ -7,4 +7,12 @@ namespace qx::test {
 /// library's allocation, which sanitizers go on watching. In a file of its own, so that no compiler sees through it.
 unsigned int allocationCount();
 
+/// How many allocations `work` makes.
+template <typename Work>
+unsigned int allocationsOf(Work work) {
+  const unsigned int before = allocationCount();
+  work();
+  return allocationCount() - before;
+}
+
 }  // namespace qx::test

@@ -24,14 +24,6 @@ namespace {
 
 using Data = AttributeRecordData::Data;
 
-/// How many allocations `work` makes.
-template <typename Work>
-unsigned int allocationsOf(Work work) {
-  const unsigned int before = allocationCount();
-  work();
-  return allocationCount() - before;
-}
-
 constexpr std::align_val_t WIDE{64};
 constexpr std::size_t MOST_IDS = 126;
 constexpr std::size_t MOST_RECORDS = 84;
