@@ -1,6 +1,7 @@
 // Every public header of the library.
 #pragma once
 
+#include "vso/connectors/QxMetricsClient.h"
 #include "vso/identifiers/Euid.h"
 #include "vso/identifiers/FrameReader.h"
 #include "vso/identifiers/FrameWriter.h"
@@ -28,9 +29,13 @@
 #include "vso/serial/vsoProtobufHelpers.h"
 #include "vso/serial/xmlHelpers.h"
 #include "vso/zcl/AttributeRecordData.h"
+#include "vso/zcl/MetricsPair.h"
 #include "vso/zcl/QxZclAnnounce.h"
+#include "vso/zcl/QxZclDiagnostics.h"
+#include "vso/zcl/QxZclHaDiagnostics.h"
 #include "vso/zcl/QxZclImmediateAnnounce.h"
 #include "vso/zcl/QxZclSscp.h"
+#include "vso/zcl/QxdiagnosticsNodeCounters.h"
 #include "vso/zcl/ReadAttributeStatusRecord.h"
 #include "vso/zcl/ReportAttributeRecord.h"
 #include "vso/zcl/SscpPacket.h"
@@ -52,6 +57,7 @@
 #include "vso/zcl/ZclStatus.h"
 #include "vso/zcl/ZclTime.h"
 #include "vso/zcl/ZclType.h"
+#include "vso/zcl/getHostName.h"
 #include "vso/zdo/ZdoCommand.h"
 #include "vso/zdo/ZdoLeaveRequest.h"
 #include "vso/zdo/ZdoLeaveResponse.h"

@@ -79,4 +79,6 @@ std::ostream& AttributeRecordData::print(std::ostream& out) const {
   return out << "<AttributeRecordData id_: " + hexId() + ", type_: " + hexType() + ", data_: " + value + ">";
 }
 
+std::ostream& operator<<(std::ostream& out, const AttributeRecordData& record) { return record.print(out); }
+
 }  // namespace qx

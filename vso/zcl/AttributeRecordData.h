@@ -55,4 +55,7 @@ class AttributeRecordData {
   Data data_;
 };
 
+/// As `print`.
+std::ostream& operator<<(std::ostream& out, const AttributeRecordData& record);
+
 }  // namespace qx

@@ -51,13 +51,9 @@ class AttributeValue {
     }
   }
 
-  /// The value in readable form, zeros behind it.
-  AttributeRecordData::Data readable() const noexcept {
-    AttributeRecordData::Data data;
-    clearBytes(data.data(), data.size());
-    copyTo(data, false);
-    return data;
-  }
+  // The value in either form, zeros behind it.
+  AttributeRecordData::Data readable() const noexcept { return inForm(false); }
+  AttributeRecordData::Data wireForm() const noexcept { return inForm(true); }
 
   /// Appends the value, which lies in wire form, to a frame.
   void appendTo(FrameWriter& out) const noexcept {
@@ -80,6 +76,12 @@ class AttributeValue {
   }
 
  private:
+  AttributeRecordData::Data inForm(bool wire) const noexcept {
+    AttributeRecordData::Data data;
+    clearBytes(data.data(), data.size());
+    copyTo(data, wire);
+    return data;
+  }
   unsigned int textLength() const noexcept { return FrameReader(in_).u8(); }
 
   unsigned char type_;
