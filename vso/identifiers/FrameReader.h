@@ -11,8 +11,8 @@ namespace qx {
 /// A cursor over bytes from outside. It has two bounds: the end of what was received says when a walk is over
 /// (`more()`), the end of the storage says which bytes exist. Between the two, bytes are read as they stand; behind the
 /// storage every byte reads as zero, and the cursor moves on all the same (a frame's walk never brings it near the end
-/// of its 32 bits). Nothing throws and nothing allocates, but for the memory of a
-/// text.
+/// of its 32 bits). Nothing throws and nothing allocates, but for the memory
+/// of a text.
 ///
 /// The byte order of a number is in the name of its reader, since both orders occur in one frame.
 class FrameReader {

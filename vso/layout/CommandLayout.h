@@ -41,26 +41,31 @@ struct FieldCondition {
   unsigned char most;
 };
 
+/// Whether a field has to be there.
 enum class FieldPresence : unsigned char {
   ALWAYS,
   IF,              ///< Only if the condition holds.
-  MAY_END,         ///< The frame may end in front of it.
-  MAY_END_UNLESS,  ///< The frame may end in front of it unless the condition holds.
+  MAY_END,         ///< The frame may end in front of it, and then has none of the fields behind it either.
+  MAY_END_UNLESS,  ///< The same unless the condition holds.
 };
 
+/// One field, or all rows of a list or a table.
 struct FieldLayout {
   /// In the library's own terms.
   const char* name = nullptr;
   FieldKind kind = FieldKind::NONE;
   FieldPresence presence = FieldPresence::ALWAYS;
+  /// Of the presences that have one.
   FieldCondition condition = {};
   /// What one row of a list or a table is called.
   const char* row = nullptr;
 };
 
+/// A command and its fields.
 struct CommandLayout {
+  /// As people call it: "add group response".
   const char* name;
-  /// In the order of the payload, NONE behind the last.
+  /// In the order of the payload; those behind the last are NONE.
   std::array<FieldLayout, 10> fields = {};
 };
 

@@ -4,6 +4,7 @@
 
 #include <ostream>
 #include <tuple>
+#include <utility>
 
 #include "vso/layout/PayloadWalk.h"
 #include "vso/layout/ZclCommandLayouts.h"
@@ -104,10 +105,10 @@ FrameVerdict judgeAttributes(const ZclMessage& frame, RecordLayout layout) {
   return {};
 }
 
-FrameVerdict judgeExtensions(FrameReader in) {
+FrameVerdict judgeExtensions(const char* row, FrameReader in) {
   constexpr unsigned int HEAD = 3;
   for (unsigned int number = 1; in.more(); ++number) {
-    const std::string name = "extension " + std::to_string(number);
+    const std::string name = std::string(row) + " " + std::to_string(number);
     if (in.left() < HEAD) return cutShort(name, " takes ", HEAD, in);
     in.skip(HEAD - 1);
     const unsigned char length = in.u8();
@@ -149,7 +150,7 @@ FrameVerdict judgeField(const PayloadWalk& walk, const ZclMessage* zcl) {
       // A single status byte stands for all attributes at once.
       return walk.size() == 1 ? FrameVerdict() : judgeAttributes(*zcl, RecordLayout::STATUS_ID);
     case FieldKind::SCENE_EXTENSIONS:
-      return judgeExtensions(walk.value());
+      return judgeExtensions(walk.field().row, walk.value());
     case FieldKind::OPAQUE:
       return unknownAt(walk.value().at());
     default:

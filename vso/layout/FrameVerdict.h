@@ -9,9 +9,10 @@
 namespace qx {
 
 /// What a look at a frame's structure found. The readers of the message classes answer from a broken frame as well as
-/// they can: this tells whether to believe them.
+/// they can; what is behind `byte` is then not to be believed. Of a whole frame a reader may still see less, or
+/// something else, where its comment says so: a group's name of 16 characters, the extensions of a scene with a name.
 struct FrameVerdict {
-  enum State {
+  enum State : int {
     WHOLE,    ///< Every field is there, and nothing else.
     BROKEN,   ///< At `byte` the frame stops making sense.
     UNKNOWN,  ///< The header is whole, and from `byte` on nothing is known of what should be there.

@@ -12,15 +12,16 @@ namespace qx {
 ///   for (PayloadWalk walk(layout, frame.payload()); walk.next() && walk.isWhole();) show(walk.field(), walk.value());
 class PayloadWalk {
  public:
-  /// `payload` stands at the first byte of the payload.
+  /// `payload` stands at the first byte of the payload. `layout` must live as long as the walk.
   PayloadWalk(const CommandLayout& layout, const FrameReader& payload) noexcept
       : layout_(layout), payload_(payload), value_(payload) {}
 
   /// Moves to the next field; false at the end.
   bool next() noexcept;
 
+  /// The field at hand; only after `next` was true.
   const FieldLayout& field() const noexcept { return layout_.fields[index_ - 1]; }
-  /// A reader that stands at the first byte of the field. At the end, at the byte behind the last field.
+  /// A reader that stands at the first byte of the field. At the end, at the byte behind the last field that fitted.
   const FrameReader& value() const noexcept { return value_; }
   /// Bytes of the field, by what it says of itself, be they in the frame or not.
   unsigned int size() const noexcept { return size_; }

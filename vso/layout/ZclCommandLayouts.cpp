@@ -1,7 +1,6 @@
 #include "vso/layout/ZclCommandLayouts.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 
 #include "vso/zcl/QxZclImmediateAnnounce.h"
@@ -34,7 +33,6 @@ using Fields = decltype(CommandLayout::fields);
 // Tests of the first byte of a payload: the status of a response, or what a command of the OTA Upgrade cluster says of
 // its optional fields.
 constexpr FieldCondition SUCCESS{0, 0xFF, ZCL_SUCCESS, ZCL_SUCCESS};
-constexpr FieldCondition WAIT_FOR_DATA{0, 0xFF, 0x97, 0x97};
 constexpr FieldCondition bit(unsigned char mask) { return {0, mask, mask, mask}; }
 constexpr FieldCondition atLeast(unsigned char value) { return {0, 0xFF, value, 0xFF}; }
 
@@ -109,9 +107,10 @@ constexpr CommandLayout GENERAL_COMMANDS[] = {
 };
 static_assert(std::size(GENERAL_COMMANDS) == 0x17, "one for each general command of the standard");
 
-enum class Direction : unsigned char { TO_SERVER, TO_CLIENT };
+enum class Direction : unsigned char { TO_SERVER, TO_CLIENT, EITHER };
 constexpr auto TO_SERVER = Direction::TO_SERVER;
 constexpr auto TO_CLIENT = Direction::TO_CLIENT;
+constexpr auto EITHER = Direction::EITHER;
 
 struct Cluster {
   unsigned short profile;
@@ -134,6 +133,8 @@ struct Row {
   CommandLayout layout;
   /// 0 for a command without manufacturer code.
   unsigned short manufacturerCode = 0;
+  /// Bytes of the only payload that the row stands for; 0 for any.
+  unsigned int payloadLength = 0;
 };
 
 constexpr Row CLUSTER_COMMANDS[] = {
@@ -237,8 +238,9 @@ constexpr Row CLUSTER_COMMANDS[] = {
         MAXIMUM_DATA_SIZE,
         {"requestNodeAddress", FieldKind::ADDRESS, IF, bit(ImageBlockRequest::HAS_REQUEST_NODE_ADDRESS)},
         {"minimumBlockPeriod", U16, IF, bit(ImageBlockRequest::HAS_MINIMUM_BLOCK_PERIOD)}}}}},
+    // The library's builders of a device's requests leave the direction as the server has it.
     {OTA_UPGRADE,
-     TO_SERVER,
+     EITHER,
      ZclOtaUpgrade::IMAGE_PAGE_REQUEST,
      {"image page request",
       {{{"fieldControl", U8},
@@ -251,7 +253,7 @@ constexpr Row CLUSTER_COMMANDS[] = {
         {"responseSpacing", U16},
         {"requestNodeAddress", FieldKind::ADDRESS, IF, bit(ImagePageRequest::HAS_REQUEST_NODE_ADDRESS)}}}}},
     {OTA_UPGRADE,
-     TO_SERVER,
+     EITHER,
      ZclOtaUpgrade::UPGRADE_END_REQUEST,
      {"upgrade end request", {{STATUS, MANUFACTURER_CODE, IMAGE_TYPE, FILE_VERSION}}}},
     {OTA_UPGRADE,
@@ -269,14 +271,19 @@ constexpr Row CLUSTER_COMMANDS[] = {
      {"query next image response",
       {{STATUS, onlyIf(MANUFACTURER_CODE, SUCCESS), onlyIf(IMAGE_TYPE, SUCCESS), onlyIf(FILE_VERSION, SUCCESS),
         onlyIf({"imageSize", U32}, SUCCESS)}}}},
+    // "Wait for data", in which the standard has other fields; what this system sends with that status has the usual
+    // ones.
+    {OTA_UPGRADE,
+     TO_CLIENT,
+     ZclOtaUpgrade::IMAGE_BLOCK_RESPONSE,
+     {"image block response", {{STATUS, {"currentTime", U32}, {"requestTime", U32}, {"minimumBlockPeriod", U16}}}},
+     0,
+     11},
     {OTA_UPGRADE,
      TO_CLIENT,
      ZclOtaUpgrade::IMAGE_BLOCK_RESPONSE,
      {"image block response",
       {{STATUS,
-        {"currentTime", U32, IF, WAIT_FOR_DATA},
-        {"requestTime", U32, IF, WAIT_FOR_DATA},
-        {"minimumBlockPeriod", U16, IF, WAIT_FOR_DATA},
         onSuccess(MANUFACTURER_CODE),
         IMAGE_TYPE,
         FILE_VERSION,
@@ -314,7 +321,8 @@ const CommandLayout* findZclCommand(unsigned short profile, unsigned short clust
   const auto* const row =
       std::find_if(std::begin(CLUSTER_COMMANDS), std::end(CLUSTER_COMMANDS), [&](const Row& candidate) {
         return candidate.cluster.id == cluster && candidate.cluster.profile == profile &&
-               candidate.command == command && candidate.direction == direction &&
+               candidate.command == command && (candidate.direction == direction || candidate.direction == EITHER) &&
+               (candidate.payloadLength == 0 || candidate.payloadLength == frame.payload().left()) &&
                candidate.manufacturerCode == manufacturerCode &&
                frame.isManufacturerSpecific() == (manufacturerCode != 0);
       });

@@ -18,7 +18,10 @@ class AccessPoint;
 ///
 /// A writer adds its attribute behind those that are there. The first write wins: an attribute that the frame holds
 /// already keeps its value. Adding an attribute writes the ones before it anew from their readable form, in which a
-/// string has no length byte: of the strings of a frame only the one that was added last reads back.
+/// string has no length byte: its first character goes out as its length. A string reads back only as long as nothing
+/// has been added behind it.
+///
+/// Periods and windows are in the units of the devices: the numbers are handed on as they are.
 class QxZclAnnounce : public ZclMessage {
  public:
   static constexpr short CLUSTER_ID = 0x0001;
@@ -26,16 +29,16 @@ class QxZclAnnounce : public ZclMessage {
   /// Received frames, see ZclMessage.
   explicit QxZclAnnounce(const std::string& hex) : ZclMessage(hex) {}
   explicit QxZclAnnounce(const U255Buff<unsigned char>& frame) noexcept : ZclMessage(frame) {}
-  /// A report with these attributes, written in this order. So `productString` reads back and `firmwareVersion` does
-  /// not: devices that listen to announcements know it this way. Takes a sequence number.
+  /// A report with these attributes, written in this order. So `productString` reads back until something is added, and
+  /// the first character of `firmwareVersion` goes out as its length. Takes a sequence number.
   QxZclAnnounce(unsigned short announceWindow, unsigned short bootCount, unsigned char reflashVersion,
                 const std::string& firmwareVersion, const std::string& productString);
 
   short getProfileId() const override;
   short getClusterId() const override;
 
-  /// A number of ZigbeeNodeDeviceTypePEnum.
   unsigned char deviceType() const;
+  /// The window within which devices are to announce themselves.
   unsigned short announceWindow() const;
   /// Period of many-to-one route requests.
   unsigned short mtorrPeriod() const;
@@ -46,13 +49,16 @@ class QxZclAnnounce : public ZclMessage {
   unsigned char reflashVersion() const;
   unsigned short bootCount() const;
   std::string productString() const;
+  /// How long the device waits between two polls of its access point, and of its parent.
   unsigned short apPollInterval() const;
   unsigned char channel() const;
   unsigned short parentPollInterval() const;
   /// In dBm.
   signed char nodeRssi() const;
+  /// Link quality, 0 to 255.
   unsigned char nodeLqi() const;
   signed char batteryLevel() const;
+  /// Signal strength as the device shows it, in bars.
   unsigned char nodeRadioBars() const;
   /// Replaces `list` by the entries of all records with the table's id. The index of an entry is its place in its own
   /// record. Of a value that is no octet string, the text that it reads as is taken for hexadecimal digits.

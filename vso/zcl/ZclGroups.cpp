@@ -13,7 +13,7 @@ short ZclGroups::getProfileId() const { return ZclProfile::HOME_AUTOMATION; }
 short ZclGroups::getClusterId() const { return CLUSTER_ID; }
 
 void ZclGroups::addGroup(unsigned short groupId, const std::string& name) { setNamedGroup(ADD_GROUP, groupId, name); }
-void ZclGroups::viewGroup(unsigned short groupId) { setGroup(VIEW_GROUP, groupId); }
+void ZclGroups::viewGroup(unsigned short groupId) { setCommand(VIEW_GROUP, groupId); }
 
 void ZclGroups::getGroupMembership(const std::vector<unsigned short>& groupIds) {
   newCommand(GET_GROUP_MEMBERSHIP);
@@ -21,7 +21,7 @@ void ZclGroups::getGroupMembership(const std::vector<unsigned short>& groupIds) 
   isValidLength();
 }
 
-void ZclGroups::removeGroup(unsigned short groupId) { setGroup(REMOVE_GROUP, groupId); }
+void ZclGroups::removeGroup(unsigned short groupId) { setCommand(REMOVE_GROUP, groupId); }
 void ZclGroups::removeAllGroups() { endPayload(newCommand(REMOVE_ALL_GROUPS)); }
 
 void ZclGroups::addGroupIfIdentifying(unsigned short groupId, const std::string& name) {
@@ -61,12 +61,6 @@ void ZclGroups::setNamedGroup(unsigned char commandId, unsigned short groupId, c
   endPayload(out);
   addString(name);
   isValidLength();
-}
-
-void ZclGroups::setGroup(unsigned char commandId, unsigned short groupId) {
-  FrameWriter out = newCommand(commandId);
-  out.u16le(groupId);
-  endCommand(out);
 }
 
 tribool ZclGroups::statusAndGroup(unsigned char commandId, StatusGroupidBundle& bundle) const {

@@ -79,7 +79,6 @@ class ZclGroups : public ZclMessage {
 
  private:
   void setNamedGroup(unsigned char commandId, unsigned short groupId, const std::string& name);
-  void setGroup(unsigned char commandId, unsigned short groupId);
   boost::logic::tribool statusAndGroup(unsigned char commandId, StatusGroupidBundle& bundle) const;
 };
 

@@ -212,6 +212,12 @@ class ZclMessage : public U255Buff<unsigned char> {
     endPayload(payload);
     isValidLength();
   }
+  /// Makes one of a cluster's own commands whose payload is a single id.
+  void setCommand(unsigned char commandId, unsigned short id) {
+    FrameWriter out = newCommand(commandId);
+    out.u16le(id);
+    endCommand(out);
+  }
   /// A writer that stands at the first byte behind the header. `endPayload` closes what it wrote.
   FrameWriter newPayload() noexcept { return {*this, headerLength()}; }
   /// Sets the frame's length to where `writer` stands, and warns if bytes were dropped.

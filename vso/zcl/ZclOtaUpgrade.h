@@ -14,9 +14,9 @@ namespace qx {
 ///
 /// The builders of payloads append behind what the frame holds, and leave the command alone: they are called on a fresh
 /// object that was made with the command. The readers of requests fill a record and answer true, or answer
-/// indeterminate if the command or the length does not fit; they never answer false, look at the rest of the frame's
-/// header or log. The readers of attributes answer false without the attribute. The `testing...` operations play the
-/// device's side.
+/// indeterminate if the command or the length does not fit, with the record left as it was but where stated; they never
+/// answer false, look at the rest of the header or log. The readers of attributes answer false without the attribute.
+/// The `testing...` operations play the device's side.
 class ZclOtaUpgrade : public ZclMessage {
  public:
   static constexpr short CLUSTER_ID = 0x0019;
@@ -55,6 +55,8 @@ class ZclOtaUpgrade : public ZclMessage {
   virtual void queryNextImageResponse(const QueryNextImageResponse& response);
   /// `size` bytes of `data` go out, and `size` as their number: the record's `dataSize` is not looked at.
   virtual void imageBlockResponse(const ImageBlockResponse& response, const unsigned char* data, unsigned char size);
+  /// A device's command, like `testingImagePageRequest`: a frame made with the command says that it comes from the
+  /// server; `setFcf(CLUSTER_SPECIFIC)` makes it the device's.
   virtual void sendUpgradeEndRequest(const UpgradeEndRequest& request);
   virtual void upgradeEndResponse(const UpgradeEndResponse& response);
   virtual void imageNotify(const ImageNotifyCommand& command);
@@ -73,8 +75,8 @@ class ZclOtaUpgrade : public ZclMessage {
   /// An address that is announced is read whether the frame is long enough for it or not.
   virtual boost::logic::tribool imagePageRequest(ImagePageRequest& request) const;
   virtual boost::logic::tribool upgradeEndRequest(UpgradeEndRequest& request) const;
-  // These look in a read attributes response for the first record with the attribute's id and type, whatever its
-  // status.
+  // These look in a read attributes response for the first record with the attribute's id and type, whatever its status
+  // (one that failed shows the value of the record before it).
   virtual boost::logic::tribool readAttributesResponseManufacturer(unsigned short& manufacturer);
   virtual boost::logic::tribool readAttributesResponseImageTypeId(unsigned short& imageType);
   virtual boost::logic::tribool readAttributesResponseFwv(unsigned int& firmwareVersion);

@@ -22,6 +22,7 @@ struct QueryNextImageRequest {
   unsigned short hardwareVersion = 0;
 };
 
+/// The server says whether there is an image, and which.
 struct QueryNextImageResponse {
   unsigned char status = 0;  ///< A ZclStatus or one of the cluster's own; the other fields go out with 0 alone.
   unsigned short manufacturerCode = 0;

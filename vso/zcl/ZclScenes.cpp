@@ -87,10 +87,10 @@ void ZclScenes::addScene(const SceneTableEntry& scene) {
 
 void ZclScenes::viewScene(unsigned short groupId, unsigned char sceneId) { setScene(VIEW_SCENE, groupId, sceneId); }
 void ZclScenes::removeScene(unsigned short groupId, unsigned char sceneId) { setScene(REMOVE_SCENE, groupId, sceneId); }
-void ZclScenes::removeAllScenes(unsigned short groupId) { setGroup(REMOVE_ALL_SCENES, groupId); }
+void ZclScenes::removeAllScenes(unsigned short groupId) { setCommand(REMOVE_ALL_SCENES, groupId); }
 void ZclScenes::storeScene(unsigned short groupId, unsigned char sceneId) { setScene(STORE_SCENE, groupId, sceneId); }
 void ZclScenes::recallScene(unsigned short groupId, unsigned char sceneId) { setScene(RECALL_SCENE, groupId, sceneId); }
-void ZclScenes::getSceneMembership(unsigned short groupId) { setGroup(GET_SCENE_MEMBERSHIP, groupId); }
+void ZclScenes::getSceneMembership(unsigned short groupId) { setCommand(GET_SCENE_MEMBERSHIP, groupId); }
 
 void ZclScenes::unRecallScene(unsigned short groupId, unsigned char sceneId) {
   prepareQxCustomMessage(0, UN_RECALL_SCENE, true);
@@ -161,12 +161,6 @@ tribool ZclScenes::getSceneMembershipResponse(SceneMembershipBundle& bundle) con
     in.bytes(bundle.sceneIds.data(), bundle.sceneCount);
   }
   return true;
-}
-
-void ZclScenes::setGroup(unsigned char commandId, unsigned short groupId) {
-  FrameWriter out = newCommand(commandId);
-  out.u16le(groupId);
-  endCommand(out);
 }
 
 void ZclScenes::setScene(unsigned char commandId, unsigned short groupId, unsigned char sceneId) {

@@ -113,7 +113,7 @@ class ZclScenes : public ZclMessage {
   /// The maker's own counterpart of `recallScene`, in a frame with the maker's code, which the frame keeps from then
   /// on. Its sequence number is whatever stands at its place: 0 in a fresh frame. See `setTsn`.
   void unRecallScene(unsigned short groupId, unsigned char sceneId);
-  /// Turns the frame into a general one that reads the attribute SCENE_COUNT.
+  /// Turns the frame into a general one that reads the attribute SCENE_COUNT. The first call of a process allocates.
   void getSceneCount();
 
   /// For a response of any command, if its length fits.
@@ -135,7 +135,6 @@ class ZclScenes : public ZclMessage {
   boost::logic::tribool getSceneMembershipResponse(SceneMembershipBundle& bundle) const;
 
  private:
-  void setGroup(unsigned char commandId, unsigned short groupId);
   void setScene(unsigned char commandId, unsigned short groupId, unsigned char sceneId);
 };
 

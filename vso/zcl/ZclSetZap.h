@@ -27,8 +27,8 @@ class ZclSetZap : public ZclMessage {
   void sid(unsigned short value);
   void lid(const Euid& value);
   void cost(unsigned char value);
-  /// How often the device polls its access point and its parent: the announce attributes of the same ids tell what a
-  /// device does.
+  /// How long the device is to wait between two polls of its access point, and of its parent, in the unit of the
+  /// devices. Announcements report the same ids as `apPollInterval` and `parentPollInterval`.
   void endNodeApPeriod(unsigned short value);
   void endNodeParentPeriod(unsigned short value);
 

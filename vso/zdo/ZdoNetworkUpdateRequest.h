@@ -24,7 +24,7 @@ class ZdoNetworkUpdateRequest : public ZdoRequest {
   /// All sixteen channels of the 2.4 GHz band, 11 to 26.
   static constexpr unsigned int ALL_CHANNELS = 0x07FFF800;
 
-  /// The network update id that the last frame of the process carried: zero at load, 255 is followed by 0. A plain
+  /// The network update id that was dealt last in this process: zero at load, 255 is followed by 0. A plain
   /// byte: whoever builds such frames from several threads guards them.
   static unsigned char updateId_;
 

@@ -15,7 +15,8 @@ namespace qx {
 ///   10       1      number of energy values
 ///   11              one energy value for each scanned channel, from the lowest channel up
 ///
-/// The readers look at no length: what a short frame does not have reads as zero.
+/// The readers of the fields from the mask on look at no length: what a short frame does not have is read from what the
+/// buffer holds, zeros in a frame that came through the constructors.
 class ZdoNetworkUpdateResponse : public ZdoResponse {
  public:
   static constexpr unsigned short COMMAND_ID = ZdoCommand::NETWORK_UPDATE | ZdoCommand::RESPONSE;

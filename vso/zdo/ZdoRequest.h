@@ -11,7 +11,7 @@ namespace qx {
 /// it goes and which command it is stand beside the frame, since on the air both travel in the lower layers.
 ///
 /// A request takes its sequence number when it is built. Copies keep it: a request that is sent again carries the same.
-/// Nothing here throws, logs or allocates.
+/// Nothing here logs or allocates, and only the dealer of sequence numbers may throw, when it is made.
 class ZdoRequest : public U255Buff<unsigned char> {
  public:
   /// A frame that holds its sequence number alone.
@@ -22,7 +22,7 @@ class ZdoRequest : public U255Buff<unsigned char> {
 
   /// Long address of the node to which the request goes. Not part of the frame.
   const Euid& destination() const noexcept { return destination_; }
-  /// 0 in an empty frame.
+  /// 0 in an empty frame that came through the constructors.
   unsigned char seqNum() const noexcept { return FrameReader(*this).u8(); }
   /// A ZdoCommand. Not part of the frame.
   unsigned short commandId() const noexcept { return commandId_; }

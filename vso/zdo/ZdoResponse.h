@@ -20,11 +20,12 @@ class ZdoResponse : public U255Buff<unsigned char> {
   ZdoResponse(unsigned short commandId, const U255Buff<unsigned char>& frame) noexcept
       : U255Buff<unsigned char>(frame), commandId_(commandId) {}
 
-  /// 0 in an empty frame.
+  /// 0 in an empty frame that came through the constructors.
   unsigned char seqNum() const noexcept { return byteAt(SEQUENCE_OFFSET); }
   /// A ZdoCommand with RESPONSE. Not part of the frame.
   unsigned short commandId() const noexcept { return commandId_; }
-  /// A ZdoStatus: an empty frame answers QX_ZDP_NO_MATCH, one of a single byte success.
+  /// A ZdoStatus: an empty frame answers QX_ZDP_NO_MATCH, one of a single byte that came through the constructors
+  /// success.
   unsigned char status() const noexcept {
     if (length_ == 0) return QX_ZDP_NO_MATCH;
     return byteAt(STATUS_OFFSET);

@@ -14,7 +14,7 @@ namespace detail {
 template <typename Mutex>
 unsigned char dealSequenceNumber(Mutex& mutex, std::atomic<unsigned char>& counter) {
   const auto guarded = [&mutex](auto step) {
-    const bool isLocked = mutex.try_lock();  // tries again if it was interrupted
+    const bool isLocked = mutex.try_lock();  // Boost tries again if it was interrupted
     const unsigned char value = step();
     if (isLocked) mutex.unlock();
     return value;
@@ -44,6 +44,7 @@ class ZdoSeqNumPeddler {
   ZdoSeqNumPeddler(const ZdoSeqNumPeddler&) = delete;
   ZdoSeqNumPeddler& operator=(const ZdoSeqNumPeddler&) = delete;
 
+  /// The next number.
   unsigned char next();
 
  private:
