@@ -1,6 +1,4 @@
 // The command-line program `vso`.
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
@@ -8,11 +6,11 @@
 #include <iostream>
 #include <sstream>
 #include <string>
-#include <system_error>
 
 #include "apps/vso/ExitStatus.h"
-#include "apps/vso/Output.h"
 #include "apps/vso/decode/decodeCommand.h"
+#include "apps/vso/encode/encodeCommand.h"
+#include "apps/vso/printText.h"
 
 namespace {
 
@@ -22,17 +20,16 @@ using namespace qx::app;
 int answer(const CLI::App& program, const CLI::ParseError& request) {
   std::ostringstream text;
   program.exit(request, text, text);
-  Output output(STDOUT_FILENO);
-  output.write(text.str());
-  output.flush();
-  if (output.error() == 0) return ExitStatus::DONE;
-  std::cerr << "vso: standard output: " << std::generic_category().message(output.error()) << "\n";
-  return ExitStatus::TROUBLE;
+  return printText(text.str());
 }
 
 int refuse(const CLI::App& program, const CLI::ParseError& error) {
   std::string command = "vso";
-  for (const CLI::App* named : program.get_subcommands()) command += " " + named->get_name();
+  const CLI::App* named = &program;
+  while (!named->get_subcommands().empty()) {
+    named = named->get_subcommands().front();
+    command += " " + named->get_name();
+  }
   std::cerr << "vso: " << error.what() << "\nTry '" << command << " --help'.\n";
   return ExitStatus::USAGE;
 }
@@ -44,6 +41,7 @@ int run(int argc, char** argv) {
   program.footer("'vso COMMAND --help' tells more of a command.");
   std::function<int()> chosen;
   addDecodeCommand(program, chosen);
+  addEncodeCommand(program, chosen);
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
