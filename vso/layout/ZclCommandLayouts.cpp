@@ -133,8 +133,13 @@ struct Row {
   CommandLayout layout;
   /// 0 for a command without manufacturer code.
   unsigned short manufacturerCode = 0;
-  /// Bytes of the only payload that the row stands for; 0 for any.
+  /// Of a row that stands for payloads of this length alone, which begin with this byte; 0 for any payload.
   unsigned int payloadLength = 0;
+  unsigned char firstByte = 0;
+
+  bool takes(FrameReader payload) const noexcept {
+    return payloadLength == 0 || (payload.left() == payloadLength && payload.u8() == firstByte);
+  }
 };
 
 constexpr Row CLUSTER_COMMANDS[] = {
@@ -278,7 +283,8 @@ constexpr Row CLUSTER_COMMANDS[] = {
      ZclOtaUpgrade::IMAGE_BLOCK_RESPONSE,
      {"image block response", {{STATUS, {"currentTime", U32}, {"requestTime", U32}, {"minimumBlockPeriod", U16}}}},
      0,
-     11},
+     11,
+     0x97},
     {OTA_UPGRADE,
      TO_CLIENT,
      ZclOtaUpgrade::IMAGE_BLOCK_RESPONSE,
@@ -322,8 +328,7 @@ const CommandLayout* findZclCommand(unsigned short profile, unsigned short clust
       std::find_if(std::begin(CLUSTER_COMMANDS), std::end(CLUSTER_COMMANDS), [&](const Row& candidate) {
         return candidate.cluster.id == cluster && candidate.cluster.profile == profile &&
                candidate.command == command && (candidate.direction == direction || candidate.direction == EITHER) &&
-               (candidate.payloadLength == 0 || candidate.payloadLength == frame.payload().left()) &&
-               candidate.manufacturerCode == manufacturerCode &&
+               candidate.takes(frame.payload()) && candidate.manufacturerCode == manufacturerCode &&
                frame.isManufacturerSpecific() == (manufacturerCode != 0);
       });
   return row != std::end(CLUSTER_COMMANDS) ? &row->layout : nullptr;

@@ -65,6 +65,7 @@ struct ZclHeader {
 
 struct ZdoHeader {
   std::optional<unsigned char> sequence;
+  bool isResponse = false;
   /// Of a response.
   std::optional<unsigned char> status;
 };

@@ -32,10 +32,8 @@ Json json(const ZclHeader& header) {
 
 Json json(const ZdoHeader& header) {
   Json object{{"sequence", orNull(header.sequence)}};
-  if (header.status) {
-    object["status"] = *header.status;
-    object["statusText"] = ZdoResponse::statusStr(static_cast<ZdoStatus>(*header.status));
-  }
+  if (header.isResponse) object["status"] = orNull(header.status);
+  if (header.status) object["statusText"] = ZdoResponse::statusStr(static_cast<ZdoStatus>(*header.status));
   return object;
 }
 

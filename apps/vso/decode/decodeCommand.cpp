@@ -47,7 +47,9 @@ constexpr const char* HELP = R"(Lines:
 Output:
   A block of text for each frame; with --json an object a line, in which header
   fields that a frame does not have are null, and a line that cannot be read
-  gives an object with "hex" and "error".
+  gives an object with "hex" and "error". Each ends with the verdict: whether
+  the frame is whole, and if not, at which byte it stops making sense. Of a
+  command that is not known it says so; "whole" is then null.
 
 Examples:
   vso decode frames.txt

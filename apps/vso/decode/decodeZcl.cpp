@@ -45,8 +45,10 @@ void decodeZcl(const ReceivedFrame& received, DecodedFrame& decoded) {
     const CommandLayout* const layout = findZclCommand(received.profile, received.cluster, frame);
     if (layout != nullptr) header.name = layout->name;
     decodePayload(layout, frame, frame.headerLength(), decoded);
-    // The library's readers go by the command alone and would take the payload of a cluster's own command for a list.
-    if (cluster != nullptr && cluster->addReadings != nullptr && decoded.attributes) {
+    // The library's readers go by the command alone and would take the payload of a cluster's own command for a list,
+    // and a manufacturer's attribute for the cluster's.
+    const bool clusterAttributes = decoded.attributes && !header.manufacturerSpecific;
+    if (cluster != nullptr && cluster->addReadings != nullptr && clusterAttributes) {
       cluster->addReadings(received.bytes, decoded);
     }
   }

@@ -1,8 +1,5 @@
 #include "apps/vso/decode/decodeZdo.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include "apps/vso/decode/decodePayload.h"
 #include "vso/layout/ZdoCommandLayouts.h"
 #include "vso/zdo/ZdoCommand.h"
@@ -22,14 +19,16 @@ void decodeZdo(const ReceivedFrame& received, DecodedFrame& decoded) {
   const ZdoResponse response(received.cluster, received.bytes);
   ZdoHeader header;
   if (response.length_ >= SEQUENCE_SIZE) header.sequence = response.seqNum();
-  if ((received.cluster & ZdoCommand::RESPONSE) != 0 && response.length_ >= SEQUENCE_SIZE + STATUS_SIZE) {
+  header.isResponse = (received.cluster & ZdoCommand::RESPONSE) != 0;
+  if (header.isResponse && response.length_ >= SEQUENCE_SIZE + STATUS_SIZE) {
     header.status = response.status();
   }
   decoded.header = header;
   if (layout != nullptr) decoded.clusterName = layout->name;
-  decodePayload(layout, received.bytes, SEQUENCE_SIZE, decoded);
+  const bool isKnown = layout != nullptr;
+  decodePayload(layout, received.bytes, SEQUENCE_SIZE + (header.status && !isKnown ? STATUS_SIZE : 0), decoded);
   // The status of a response is in the header.
-  if (header.status && !decoded.fields.empty()) decoded.fields.erase(decoded.fields.begin());
+  if (header.status && isKnown) decoded.fields.erase(decoded.fields.begin());
 }
 
 }  // namespace qx::app

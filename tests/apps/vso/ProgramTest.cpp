@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -23,7 +24,8 @@ constexpr const char* ON = "0x0104 6 18 05 01 00 00 00 10 01\n";
 constexpr const char* ON_JSON =
     R"({"layer":"zcl","profile":260,"cluster":6,"hex":"1805010000001001",)"
     R"("header":{"frameControl":24,"manufacturerCode":null,"sequence":5,"command":1,"name":"read attributes response"},)"
-    R"("attributes":[{"id":0,"status":0,"type":16,"value":"1"}],"readings":{"on":true}})"
+    R"("attributes":[{"id":0,"status":0,"type":16,"value":"1"}],"readings":{"on":true},)"
+    R"("verdict":{"whole":true}})"
     "\n";
 constexpr const char* ON_TEXT = R"(ZCL frame of 8 bytes: 18 05 01 00 00 00 10 01
   profile                     0x0104
@@ -39,10 +41,13 @@ constexpr const char* ON_TEXT = R"(ZCL frame of 8 bytes: 18 05 01 00 00 00 10 01
     <AttributeRecordData id_: 0x0000, type_: 0x10, data_: 1>, status 0x00 ZCL_SUCCESS
   readings
     on                        true
+  verdict                     whole
 )";
 constexpr const char* ZDO = "0 0x8031 07\n";
-constexpr const char* ZDO_JSON = R"({"layer":"zdo","profile":0,"cluster":32817,"hex":"07","header":{"sequence":7}})"
-                                 "\n";
+constexpr const char* ZDO_JSON =
+    R"({"layer":"zdo","profile":0,"cluster":32817,"hex":"07","header":{"sequence":7,"status":null},)"
+    R"("verdict":{"whole":false,"byte":1,"what":"status is missing"}})"
+    "\n";
 
 const std::string ESCAPE = "\x1b[";
 
@@ -168,8 +173,8 @@ TEST(Program, SaysInTheOutputAloneThatAFrameIsShort) {
   const Outcome outcome = runProgram({{"decode"}, "260 6 18\n260 6 18 05\n"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_THAT(outcome.out, HasSubstr("the frame has 1 byte, its header 3\n"));
-  EXPECT_THAT(outcome.out, HasSubstr("the frame has 2 bytes, its header 3\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("sequence number is missing at byte 1\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("command is missing at byte 2\n"));
 }
 
 TEST(Program, SaysInTheOutputAloneThatAValueDoesNotPrint) {
@@ -188,9 +193,10 @@ TEST(Program, TakesAnyBytesForAFrame) {
     return (state >> 8) % bound;
   };
   for (unsigned int i = 0; i < FRAMES; ++i) {
-    constexpr const char* IDS[] = {"0x0104 0x0000 ", "0x0104 0x0003 ", "0x0104 0x0006 ",
-                                   "0x0104 0x0008 ", "0xc25d 0x0001 ", "0x0000 0x8031 "};
-    input += IDS[random(6)];
+    constexpr const char* IDS[] = {"0x0104 0x0000 ", "0x0104 0x0004 ", "0x0104 0x0005 ", "0x0104 0x0006 ",
+                                   "0x0104 0x0008 ", "0x0104 0x0019 ", "0xc25d 0x0001 ", "0xc25f 0x0001 ",
+                                   "0x0000 0x8031 ", "0x0000 0x8032 ", "0x0000 0x8038 ", "0x0000 0x0038 "};
+    input += IDS[random(static_cast<unsigned int>(std::size(IDS)))];
     // Half of the frames have the header of a general command, whose lists read the most.
     const bool general = random(2) == 0;
     const unsigned int length = 1 + random(255);
@@ -293,10 +299,12 @@ TEST(Program, DecodesTheShippedExample) {
   const Outcome outcome = runProgram({{"decode", "--json", VSO_EXAMPLES "/frames.txt"}});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(linesOf(outcome.out).size(), 22u);
+  EXPECT_EQ(linesOf(outcome.out).size(), 34u);
   for (const char* const name :
        {"read attributes", "read attributes response", "write attributes", "write attributes response",
-        "report attributes", "default response", "toggle", "move to level", "step", "move", "identify"}) {
+        "report attributes", "default response", "toggle", "move to level", "step", "move", "identify", "add group",
+        "view scene response", "un-recall scene", "image block response", "immediate announce",
+        "write attributes no response"}) {
     EXPECT_THAT(outcome.out, HasSubstr("\"name\":\"" + std::string(name) + "\""));
   }
 }

@@ -28,10 +28,18 @@ TEST(ZclClusters, HaveTheirPublicNames) {
   }
 }
 
+TEST(ZclClusters, OfTheMakersProfilesHaveNamesToo) {
+  ASSERT_NE(findCluster(0xC25D, 0x0001), nullptr);
+  EXPECT_STREQ(findCluster(0xC25D, 0x0001)->name, "mesh parameters");
+  ASSERT_NE(findCluster(0xC25F, 0x0001), nullptr);
+  EXPECT_STREQ(findCluster(0xC25F, 0x0001)->name, "announce");
+}
+
 TEST(ZclClusters, OfAnotherProfileAreOthers) {
   EXPECT_EQ(findCluster(0xC25D, 0x0006), nullptr);
   EXPECT_EQ(findCluster(0x0105, 0x0006), nullptr);
   EXPECT_EQ(findCluster(0x0103, 0x0006), nullptr);
+  EXPECT_EQ(findCluster(0xC25E, 0x0001), nullptr);
 }
 
 TEST(ZclClusters, AreUnknownOutsideTheTable) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <variant>
@@ -13,12 +15,20 @@
 namespace qx::app {
 namespace {
 
+using test::ANNOUNCE;
 using test::BASIC;
 using test::decoded;
+using test::GROUPS;
 using test::HOME;
 using test::IDENTIFY;
 using test::LEVEL_CONTROL;
+using test::MESH_PARAMETERS;
 using test::ON_OFF;
+using test::OTA_UPGRADE;
+using test::QX_ANNOUNCE;
+using test::QX_PRIVATE;
+using test::SCENES;
+using test::ZDO;
 
 ZclHeader zclHeader(const DecodedFrame& frame) { return std::get<ZclHeader>(frame.header); }
 
@@ -27,17 +37,32 @@ std::string nameOf(const DecodedFrame& frame) {
   return name != nullptr ? name : "none";
 }
 
+std::string text(std::nullptr_t) { return "null"; }
 std::string text(bool value) { return value ? "true" : "false"; }
-std::string text(unsigned int value) { return std::to_string(value); }
+std::string text(long long value) { return std::to_string(value); }
+std::string text(const std::string& value) { return value; }
+std::string text(const std::vector<unsigned int>& values) {
+  std::string list;
+  for (const unsigned int value : values) list += (list.empty() ? "" : ",") + std::to_string(value);
+  return "[" + list + "]";
+}
 
-/// "level=128 transitionTime=10"
+/// "level=128 transitionTime=10 groupIds=[1,2]"
 std::string listed(const std::vector<NamedValue>& values) {
   std::string list;
   for (const NamedValue& named : values) {
     list += (list.empty() ? "" : " ") + std::string(named.name) + "=";
-    list += std::visit([](auto value) { return text(value); }, named.value);
+    list += std::visit([](const auto& value) { return text(value); }, named.value);
   }
   return list;
+}
+
+/// "extensions: clusterId=6 length=1; clusterId=8 length=2"
+std::string listed(const std::optional<DecodedTable>& table) {
+  if (!table) return "no table";
+  std::string list;
+  for (const auto& row : table->rows) list += (list.empty() ? " " : "; ") + listed(row);
+  return std::string(table->name) + ":" + list;
 }
 
 /// "0(status 0, type 16)=1 5(status 134)"
@@ -55,14 +80,22 @@ std::string listed(const std::optional<std::vector<DecodedAttribute>>& attribute
   return list;
 }
 
-/// A frame of the home automation profile, and what is to be known of it.
+/// A frame, and what is to be known of it.
 struct FrameCase {
   const char* name;
   unsigned short cluster;
   const char* hex;
   const char* expected;
   const char* undecoded = "";
+  unsigned short profile = HOME;
 };
+
+DecodedFrame decodedCase(const FrameCase& c) { return decoded(c.profile, c.cluster, c.hex); }
+
+FrameCase inProfile(unsigned short profile, FrameCase c) {
+  c.profile = profile;
+  return c;
+}
 
 void PrintTo(const FrameCase& c, std::ostream* out) { *out << c.name; }
 
@@ -77,7 +110,6 @@ TEST(decodeFrame, ReadsTheHeaderOfAGeneralFrame) {
   const ZclHeader header = zclHeader(frame);
   EXPECT_EQ(frame.hex, "18050b0100");
   EXPECT_EQ(frame.length, 5u);
-  EXPECT_EQ(frame.headerLength, 3u);
   EXPECT_STREQ(frame.clusterName, "On/Off");
   EXPECT_EQ(header.frameControl, 0x18);
   EXPECT_EQ(header.frameType, ZclFrameType::GENERAL);
@@ -95,7 +127,6 @@ TEST(decodeFrame, ReadsTheHeaderOfAManufacturersFrame) {
                                      "05 40 10 10 07 "  // header: control, code, sequence, command
                                      "aa bb");          // payload
   const ZclHeader header = zclHeader(frame);
-  EXPECT_EQ(frame.headerLength, 5u);
   EXPECT_EQ(header.frameControl, 0x05);
   EXPECT_EQ(header.frameType, ZclFrameType::CLUSTER_SPECIFIC);
   EXPECT_TRUE(header.manufacturerSpecific);
@@ -137,7 +168,7 @@ TEST(decodeFrame, GivesOnlyTheHeaderFieldsThatAFrameHas) {
 TEST(decodeFrame, ReadsNothingBehindAHeaderThatIsCutShort) {
   const test::LogCapture capture;
   const DecodedFrame frame = decoded(HOME, ON_OFF, "18 05");
-  EXPECT_LT(frame.length, frame.headerLength);
+  EXPECT_EQ(frame.verdict.toString(), "command is missing at byte 2");
   EXPECT_EQ(listed(frame.attributes), "no list");
   EXPECT_EQ(listed(frame.fields), "");
   EXPECT_EQ(listed(frame.readings), "");
@@ -168,6 +199,12 @@ TEST(decodeFrame, NamesClusterCommandsByDirection) {
   EXPECT_EQ(nameOf(decoded(HOME, ON_OFF, "09 05 02")), "none");
 }
 
+TEST(decodeFrame, NamesTheMakersOwnCommandBehindItsCodeAlone) {
+  EXPECT_EQ(nameOf(decoded(HOME, SCENES, "05 40 10 05 05 01 00 02")), "un-recall scene");
+  EXPECT_EQ(nameOf(decoded(HOME, SCENES, "05 41 10 05 05 01 00 02")), "none");
+  EXPECT_EQ(nameOf(decoded(HOME, SCENES, "01 05 05 01 00 02")), "recall scene");
+}
+
 TEST(decodeFrame, NamesNoClusterCommandOfAnotherProfileOrAManufacturer) {
   EXPECT_EQ(nameOf(decoded(0xC25D, ON_OFF, "01 05 02")), "none");
   EXPECT_EQ(nameOf(decoded(HOME, ON_OFF, "05 40 10 05 02")), "none");
@@ -179,7 +216,7 @@ class AttributeLists : public testing::TestWithParam<FrameCase> {};
 
 TEST_P(AttributeLists, Read) {
   const test::LogCapture capture;
-  const DecodedFrame frame = decoded(HOME, GetParam().cluster, GetParam().hex);
+  const DecodedFrame frame = decodedCase(GetParam());
   EXPECT_EQ(listed(frame.attributes), GetParam().expected);
   EXPECT_EQ(frame.undecoded, GetParam().undecoded);
 }
@@ -230,7 +267,7 @@ TEST(decodeFrame, ShowsTheFirst100BytesOfALongOctetString) {
 class CommandFields : public testing::TestWithParam<FrameCase> {};
 
 TEST_P(CommandFields, Read) {
-  const DecodedFrame frame = decoded(HOME, GetParam().cluster, GetParam().hex);
+  const DecodedFrame frame = decodedCase(GetParam());
   EXPECT_EQ(listed(frame.fields), GetParam().expected);
   EXPECT_EQ(frame.undecoded, GetParam().undecoded);
   EXPECT_EQ(listed(frame.attributes), "no list");
@@ -269,6 +306,51 @@ INSTANTIATE_TEST_SUITE_P(
         FrameCase{"MoveWithOnOff", LEVEL_CONTROL, "01 05 05  01 03 00", "mode=1 rate=3"},
         FrameCase{"StepWithOnOff", LEVEL_CONTROL, "01 05 06  01 10 01 00", "mode=1 stepSize=16 transitionTime=1"},
         FrameCase{"StopWithOnOff", LEVEL_CONTROL, "01 05 07", ""},
+        FrameCase{"AddGroup", GROUPS, "01 05 00  02 01 03 61 62 63", "groupId=258 groupName=abc"},
+        FrameCase{"ViewGroup", GROUPS, "01 05 01  02 01", "groupId=258"},
+        FrameCase{"GetGroupMembership", GROUPS, "01 05 02  02 02 01 04 03", "groupCount=2 groupIds=[258,772]"},
+        FrameCase{"GetMembershipOfAllGroups", GROUPS, "01 05 02  00", "groupCount=0 groupIds=[]"},
+        FrameCase{"RemoveAllGroups", GROUPS, "01 05 04", ""},
+        FrameCase{"ViewGroupResponse", GROUPS, "09 05 01  00 02 01 02 61 62", "status=0 groupId=258 groupName=ab"},
+        FrameCase{"FailedViewGroupResponse", GROUPS, "09 05 01  8b 02 01", "status=139 groupId=258"},
+        FrameCase{"GroupNameThatIsCut", GROUPS, "09 05 01  00 02 01 03 61 62", "status=0 groupId=258", "036162"},
+        FrameCase{"GetGroupMembershipResponse", GROUPS, "09 05 02  08 01 02 01",
+                  "capacity=8 groupCount=1 groupIds=[258]"},
+        FrameCase{"GroupIdsThatAreCut", GROUPS, "09 05 02  08 02 02 01 04", "capacity=8 groupCount=2", "020104"},
+        FrameCase{"AddScene", SCENES, "01 05 00  02 01 03 0a 01 01 61",
+                  "groupId=258 sceneId=3 transitionTime=266 sceneName=a"},
+        FrameCase{"RecallScene", SCENES, "01 05 05  02 01 03", "groupId=258 sceneId=3"},
+        FrameCase{"RecallSceneWithATime", SCENES, "01 05 05  02 01 03 0a 01",
+                  "groupId=258 sceneId=3 transitionTime=266"},
+        FrameCase{"UnRecallScene", SCENES, "05 40 10 00 05  02 01 03", "groupId=258 sceneId=3"},
+        FrameCase{"FailedViewSceneResponse", SCENES, "09 05 01  8b 02 01 03", "status=139 groupId=258 sceneId=3"},
+        FrameCase{"GetSceneMembershipResponse", SCENES, "09 05 06  00 10 02 01 02 03 04",
+                  "status=0 capacity=16 groupId=258 sceneCount=2 sceneIds=[3,4]"},
+        FrameCase{"ImageNotify", OTA_UPGRADE, "09 05 00  02 32 40 10 34 12",
+                  "payloadType=2 queryJitter=50 manufacturerCode=4160 imageType=4660"},
+        FrameCase{"QueryNextImageRequest", OTA_UPGRADE, "01 05 01  01 40 10 34 12 04 03 02 01 78 56",
+                  "fieldControl=1 manufacturerCode=4160 imageType=4660 fileVersion=16909060 hardwareVersion=22136"},
+        FrameCase{"QueryNextImageResponse", OTA_UPGRADE, "09 05 02  00 40 10 34 12 04 03 02 01 00 00 00 f0",
+                  "status=0 manufacturerCode=4160 imageType=4660 fileVersion=16909060 imageSize=4026531840"},
+        FrameCase{"NoImageAvailable", OTA_UPGRADE, "09 05 02  98", "status=152"},
+        FrameCase{"ImageBlockRequest", OTA_UPGRADE,
+                  "01 05 03  03 40 10 34 12 04 03 02 01 00 01 00 00 40 77 66 55 44 33 22 11 00 32 00",
+                  "fieldControl=3 manufacturerCode=4160 imageType=4660 fileVersion=16909060 fileOffset=256 "
+                  "maximumDataSize=64 requestNodeAddress=0011223344556677 minimumBlockPeriod=50"},
+        FrameCase{"ImagePageRequest", OTA_UPGRADE, "01 05 04  00 40 10 34 12 04 03 02 01 00 01 00 00 40 00 02 0a 00",
+                  "fieldControl=0 manufacturerCode=4160 imageType=4660 fileVersion=16909060 fileOffset=256 "
+                  "maximumDataSize=64 pageSize=512 responseSpacing=10"},
+        FrameCase{"ImageBlockResponse", OTA_UPGRADE, "09 05 05  00 40 10 34 12 04 03 02 01 00 01 00 00 03 0a bb cc",
+                  "status=0 manufacturerCode=4160 imageType=4660 fileVersion=16909060 fileOffset=256 dataSize=3 "
+                  "data=0abbcc"},
+        FrameCase{"ImageBlockToWaitFor", OTA_UPGRADE, "09 05 05  97 10 00 00 00 20 00 00 00 32 00",
+                  "status=151 currentTime=16 requestTime=32 minimumBlockPeriod=50"},
+        FrameCase{"UpgradeEndRequest", OTA_UPGRADE, "01 05 06  00 40 10 34 12 04 03 02 01",
+                  "status=0 manufacturerCode=4160 imageType=4660 fileVersion=16909060"},
+        FrameCase{"UpgradeEndResponse", OTA_UPGRADE, "09 05 07  40 10 34 12 04 03 02 01 10 00 00 00 20 00 00 00",
+                  "manufacturerCode=4160 imageType=4660 fileVersion=16909060 currentTime=16 upgradeTime=32"},
+        inProfile(QX_PRIVATE,
+                  {"ImmediateAnnounce", MESH_PARAMETERS, "01 05 00  02 01 00 02 03", "idCount=2 ids=[1,770]"}),
         FrameCase{"BytesBehindTheFields", IDENTIFY, "01 05 00  1e 00 ab cd", "identifyTime=30", "abcd"},
         FrameCase{"BytesBehindACommandWithoutFields", ON_OFF, "01 05 01  ab", "", "ab"},
         FrameCase{"FieldCutInTheMiddle", LEVEL_CONTROL, "01 05 00  80 0a", "level=128", "0a"},
@@ -285,12 +367,31 @@ TEST(decodeFrame, GivesTheStatusOfADefaultResponseInWords) {
   EXPECT_STREQ(frame.fields[1].meaning, "ZCL_UNSUP_CLUSTER_COMMAND");
 }
 
+TEST(decodeFrame, GivesTheDigitsInWhichIdsAndVersionsAreRead) {
+  const DecodedFrame frame = decoded(HOME, OTA_UPGRADE, "01 05 06  00 40 10 34 12 04 03 02 01");
+  ASSERT_EQ(frame.fields.size(), 4u);
+  EXPECT_EQ(frame.fields[0].digits, 0u);
+  EXPECT_EQ(frame.fields[1].digits, 4u);
+  EXPECT_EQ(frame.fields[2].digits, 4u);
+  EXPECT_EQ(frame.fields[3].digits, 8u);
+}
+
+TEST(decodeFrame, GivesTheDeviceTypeOfAnAnnounceInWords) {
+  const auto meaning = [](const std::string& type) {
+    return std::string(decoded(QX_ANNOUNCE, ANNOUNCE, "18 05 0a  00 00 20" + type).readings.at(0).meaning);
+  };
+  EXPECT_EQ(meaning("01"), "QX_COORDINATOR");
+  EXPECT_EQ(meaning("03"), "QX_END_DEVICE");
+  EXPECT_EQ(meaning("63"), "");
+}
+
 // Readings
 
 class Readings : public testing::TestWithParam<FrameCase> {};
 
 TEST_P(Readings, Read) {
-  EXPECT_EQ(listed(decoded(HOME, GetParam().cluster, GetParam().hex).readings), GetParam().expected);
+  const test::LogCapture capture;
+  EXPECT_EQ(listed(decodedCase(GetParam()).readings), GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -307,6 +408,31 @@ INSTANTIATE_TEST_SUITE_P(
         FrameCase{"LevelSuccesses", LEVEL_CONTROL, "18 05 04  00 00 00 00 01 00 00 10 00 00 11 00",
                   "currentLevelSuccess=true remainingTimeSuccess=true transitionTimeSuccess=true "
                   "onLevelSuccess=true"},
+        FrameCase{"FirmwareOfTheUpgradeCluster", OTA_UPGRADE,
+                  "18 05 01  02 00 00 23 04 03 02 01  06 00 00 20 01  07 00 00 21 40 10  08 00 00 21 34 12",
+                  "manufacturer=4160 imageTypeId=4660 firmwareVersion=16909060 imageUpgradeStatus=1"},
+        FrameCase{"FirmwareOfAnotherType", OTA_UPGRADE, "18 05 01  02 00 00 21 04 03", ""},
+        FrameCase{"FirmwareOfAReport", OTA_UPGRADE, "18 05 0a  02 00 23 04 03 02 01", ""},
+        inProfile(QX_ANNOUNCE,
+                  {"Announce", ANNOUNCE,
+                   "18 05 0a  00 00 20 02  01 00 21 2c 01  02 00 21 3c 00  03 00 20 02  04 00 42 03 31 2e 30 "
+                   "05 00 20 07  06 00 21 05 00  07 00 42 04 4c 61 6d 70  0b 00 21 0a 00  0c 00 20 0f "
+                   "0f 00 21 14 00  13 00 28 c5  14 00 20 ff  15 00 28 9c  16 00 20 04",
+                   "deviceType=2 announceWindow=300 mtorrPeriod=60 numZaps=2 firmwareVersion=1.0 reflashVersion=7 "
+                   "bootCount=5 productString=Lamp apPollInterval=10 channel=15 parentPollInterval=20 nodeRssi=-59 "
+                   "nodeLqi=255 batteryLevel=-100 nodeRadioBars=4"}),
+        inProfile(QX_ANNOUNCE, {"SignedValuesAroundZero", ANNOUNCE, "18 05 0a  13 00 28 80  15 00 28 7f",
+                                "nodeRssi=-128 batteryLevel=127"}),
+        inProfile(QX_ANNOUNCE,
+                  {"VersionBehindAZeroByte", ANNOUNCE, "18 05 0a  04 00 42 04 00 31 2e 30", "firmwareVersion=1.0"}),
+        inProfile(QX_ANNOUNCE, {"AnnounceOfAnotherType", ANNOUNCE, "18 05 0a  13 00 20 c5", ""}),
+        inProfile(QX_ANNOUNCE, {"NoReport", ANNOUNCE, "18 05 01  13 00 00 28 c5", ""}),
+        inProfile(QX_PRIVATE, {"MeshParameters", MESH_PARAMETERS,
+                               "10 05 05  01 00 21 02 01  02 00 21 3c 00  03 00 20 02  0c 00 20 0f",
+                               "announceWindow=258 mtorrPeriod=60 apCount=2 channel=15"}),
+        inProfile(QX_PRIVATE,
+                  {"MeshParametersOfAClusterSpecificFrame", MESH_PARAMETERS, "11 05 05  0c 00 20 0f", "channel=15"}),
+        inProfile(QX_PRIVATE, {"NoneOfAnAnswerWithMeshParameters", MESH_PARAMETERS, "11 05 01  0c 00 00 20 0f", ""}),
         FrameCase{"NoneOfAnotherCluster", BASIC, "18 05 01  00 00 00 10 01", ""},
         FrameCase{"NoneOfAManufacturersAttributes", ON_OFF, "1c 40 10 05 01  00 00 00 10 01", ""},
         FrameCase{"NoneOfAClusterCommandWithTheNumberOfAList", LEVEL_CONTROL, "01 05 04  00 00 00", ""}),
@@ -319,17 +445,147 @@ TEST(decodeFrame, TakesNoReadingsFromAnotherProfile) {
 // ZDO
 
 TEST(decodeFrame, TakesProfile0ForZdo) {
-  const DecodedFrame frame = decoded(0x0000, 0x8031, "07 84 00");
-  EXPECT_EQ(std::get<ZdoHeader>(frame.header).sequence, 7);
-  EXPECT_EQ(frame.headerLength, 1u);
-  EXPECT_EQ(frame.clusterName, nullptr);
-  EXPECT_EQ(frame.undecoded, "8400");
+  const DecodedFrame frame = decoded(ZDO, 0x8036, "07 84");
+  const ZdoHeader header = std::get<ZdoHeader>(frame.header);
+  EXPECT_EQ(header.sequence, 7);
+  EXPECT_EQ(header.status, 0x84);
+  EXPECT_STREQ(frame.clusterName, "permit join response");
+  EXPECT_EQ(frame.hex, "0784");
+  EXPECT_EQ(frame.length, 2u);
 }
 
-TEST(decodeFrame, GivesNoSequenceNumberOfAnEmptyZdoFrame) {
-  const DecodedFrame frame = decoded(0x0000, 0x8031, "");
-  EXPECT_EQ(std::get<ZdoHeader>(frame.header).sequence, std::nullopt);
-  EXPECT_LT(frame.length, frame.headerLength);
+TEST(decodeFrame, TakesTheZdoHeaderAsFarAsTheFrameGoes) {
+  const auto header = [](unsigned short command, const char* hex) {
+    return std::get<ZdoHeader>(decoded(ZDO, command, hex).header);
+  };
+  EXPECT_EQ(header(0x8036, "").sequence, std::nullopt);
+  EXPECT_EQ(header(0x8036, "").status, std::nullopt);
+  EXPECT_EQ(header(0x8036, "07").sequence, 7);
+  EXPECT_EQ(header(0x8036, "07").status, std::nullopt);
+}
+
+TEST(decodeFrame, LooksForNoStatusInARequest) {
+  EXPECT_EQ(std::get<ZdoHeader>(decoded(ZDO, 0x0036, "07 3c 01").header).status, std::nullopt);
+}
+
+TEST(decodeFrame, ReadsTheStatusOfEveryZdoResponse) {
+  const DecodedFrame frame = decoded(ZDO, 0x8033, "07 84 ab");
+  EXPECT_EQ(std::get<ZdoHeader>(frame.header).status, 0x84);
+  EXPECT_EQ(frame.clusterName, nullptr);
+  EXPECT_EQ(listed(frame.fields), "");
+  EXPECT_EQ(frame.verdict.state, FrameVerdict::UNKNOWN);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Zdo, CommandFields,
+    testing::Values(
+        inProfile(ZDO, {"LqiRequest", 0x0031, "07 09", "startIndex=9"}),
+        inProfile(ZDO, {"RoutingRequest", 0x0032, "07 09", "startIndex=9"}),
+        inProfile(ZDO, {"Leave", 0x0034, "07 77 66 55 44 33 22 11 00 40", "device=0011223344556677 options=64"}),
+        inProfile(ZDO, {"PermitJoin", 0x0036, "07 3c 01", "duration=60 trustCentreSignificance=1"}),
+        inProfile(ZDO, {"Scan", 0x0038, "07 00 80 00 00 02 03", "channelMask=32768 duration=2 scanCount=3"}),
+        inProfile(ZDO,
+                  {"ChannelChange", 0x0038, "07 00 00 00 80 fe 04", "channelMask=2147483648 duration=254 updateId=4"}),
+        inProfile(ZDO, {"ManagerUpdate", 0x0038, "07 00 80 00 00 ff 04 34 12",
+                        "channelMask=32768 duration=255 updateId=4 managerAddress=4660"}),
+        inProfile(ZDO, {"UpdateOfNoForm", 0x0038, "07 00 80 00 00 06 03", "channelMask=32768 duration=6", "03"}),
+        inProfile(ZDO, {"LeaveResponse", 0x8034, "07 00", ""}),
+        inProfile(ZDO, {"PermitJoinResponseWithMore", 0x8036, "07 84 ab", "", "ab"}),
+        inProfile(ZDO, {"FailedLqiResponse", 0x8031, "07 84", ""}),
+        inProfile(ZDO, {"LqiResponse", 0x8031, "07 00 05 02 00",
+                        "totalNeighborTableEntriesOnDevice=5 startIndex=2 entries=0"}),
+        inProfile(ZDO, {"RoutingResponse", 0x8032, "07 00 05 02 00",
+                        "totalRoutingTableEntriesOnDevice=5 startIndex=2 entries=0"}),
+        inProfile(ZDO, {"UpdateResponse", 0x8038, "07 00 00 08 00 00 05 01 01 02 01 ff",
+                        "scannedChannels=2048 transmissions=261 failures=513 energyCount=1"}),
+        inProfile(ZDO, {"UnknownCommand", 0x0033, "07 09", "", "09"})),
+    nameOfCase);
+
+// Tables
+
+class Tables : public testing::TestWithParam<FrameCase> {};
+
+TEST_P(Tables, Read) {
+  const DecodedFrame frame = decodedCase(GetParam());
+  EXPECT_EQ(listed(frame.table), GetParam().expected);
+  EXPECT_EQ(frame.undecoded, GetParam().undecoded);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    decodeFrame, Tables,
+    testing::Values(
+        inProfile(ZDO, {"Neighbours", 0x8031,
+                        "07 00 02 00 02 "
+                        "11 22 33 44 55 66 77 88  77 66 55 44 33 22 11 00  34 12  12 01 01 80 "
+                        "18 27 36 45 54 63 72 81  ef cd ab 89 67 45 23 01  cd ab  7f fe 0f 01",
+                        "hops: neighbor=4660 lqi=128 neighborLid=0011223344556677 type=3 rxOnWhenIdle=true "
+                        "relationship=1 permitJoining=true treeDepth=1 neighborPanId=8877665544332211; "
+                        "neighbor=43981 lqi=1 neighborLid=0123456789abcdef type=0 rxOnWhenIdle=null "
+                        "relationship=3 permitJoining=null treeDepth=15 neighborPanId=8172635445362718"}),
+        inProfile(ZDO, {"NeighbourWithItsReceiverOff", 0x8031,
+                        "07 00 01 00 01 "
+                        "11 22 33 44 55 66 77 88  77 66 55 44 33 22 11 00  34 12  05 00 02 ff",
+                        "hops: neighbor=4660 lqi=255 neighborLid=0011223344556677 type=2 rxOnWhenIdle=false "
+                        "relationship=0 permitJoining=false treeDepth=2 neighborPanId=8877665544332211"}),
+        inProfile(ZDO, {"NeighboursUpToTheLastWholeOne", 0x8031,
+                        "07 00 02 00 02 "
+                        "11 22 33 44 55 66 77 88  77 66 55 44 33 22 11 00  34 12  12 01 01 80 "
+                        "18 27 36",
+                        "hops: neighbor=4660 lqi=128 neighborLid=0011223344556677 type=3 rxOnWhenIdle=true "
+                        "relationship=1 permitJoining=true treeDepth=1 neighborPanId=8877665544332211",
+                        "182736"}),
+        inProfile(ZDO, {"NoNeighbours", 0x8031, "07 00 00 00 00", "hops:"}),
+        inProfile(ZDO, {"NeighboursThatAreOnlyClaimed", 0x8031, "07 00 00 00 ff", "hops:"}),
+        inProfile(ZDO, {"NoTableOfAFailure", 0x8031, "07 84", "no table"}),
+        inProfile(ZDO, {"Routes", 0x8032, "07 00 02 00 02  01 02 38 03 04  11 12 07 13 14",
+                        "routes: destination=513 routeStatus=0 memConstrained=true manyToOne=true "
+                        "routeRecordRequired=true nextHop=1027; "
+                        "destination=4625 routeStatus=5 memConstrained=false manyToOne=false "
+                        "routeRecordRequired=false nextHop=5139"}),
+        inProfile(ZDO, {"RoutesUpToTheLastWholeOne", 0x8032, "07 00 02 00 02  01 02 04 03 04  11 12",
+                        "routes: destination=513 routeStatus=4 memConstrained=false manyToOne=false "
+                        "routeRecordRequired=false nextHop=1027",
+                        "1112"}),
+        inProfile(ZDO, {"EnergyLevels", 0x8038, "07 00  00 28 00 04  05 00 01 00 03  00 ff 80",
+                        "energyLevels: channel=11 rssi=-100; channel=13 rssi=-37; channel=26 rssi=-68"}),
+        inProfile(ZDO, {"EnergyLevelsThatAreThere", 0x8038, "07 00  00 28 00 04  05 00 01 00 03  04",
+                        "energyLevels: channel=11 rssi=-99"}),
+        FrameCase{"ExtensionsOfAScene", SCENES,
+                  "09 05 01  00 02 01 03 0a 00 02 61 62  06 00 01 01  00 03 02 fe 01  01 01 00",
+                  "extensions: clusterId=6 length=1 value=01; clusterId=768 length=2 value=fe01; "
+                  "clusterId=257 length=0 value="},
+        FrameCase{"ExtensionsUpToTheLastWholeOne", SCENES, "01 05 00  02 01 03 0a 00 00  06 00 01 01  08 00 02 fe",
+                  "extensions: clusterId=6 length=1 value=01"},
+        FrameCase{"NoExtensions", SCENES, "01 05 00  02 01 03 0a 00 00", "extensions:"},
+        inProfile(QX_ANNOUNCE, {"AccessPoints", ANNOUNCE, "18 05 0a  12 00 41 04 ab cd 12 34",
+                                "apRouteTable: destination=43981 tableIndex=0; destination=4660 tableIndex=1"}),
+        inProfile(QX_ANNOUNCE, {"NoAccessPoints", ANNOUNCE, "18 05 0a  12 00 41 00", "apRouteTable:"}),
+        inProfile(QX_ANNOUNCE, {"AccessPointsOfAnotherType", ANNOUNCE, "18 05 0a  12 00 42 02 61 62", "no table"}),
+        inProfile(QX_ANNOUNCE, {"NoReport", ANNOUNCE, "18 05 01  12 00 00 41 02 ab cd", "no table"}),
+        FrameCase{"NoTable", ON_OFF, "18 05 0a  00 00 10 01", "no table"}),
+    nameOfCase);
+
+TEST(decodeFrame, GivesWhatTheNumbersOfATableMean) {
+  const DecodedFrame frame = decoded(ZDO, 0x8031,
+                                     "07 00 01 00 01 "
+                                     "11 22 33 44 55 66 77 88  77 66 55 44 33 22 11 00  34 12  41 00 02 ff");
+  ASSERT_TRUE(frame.table && frame.table->rows.size() == 1);
+  for (const NamedValue& cell : frame.table->rows[0]) {
+    const std::string name = cell.name;
+    const char* const meaning = name == "type" ? "QX_ROUTER" : name == "relationship" ? "PREVIOUS_CHILD" : nullptr;
+    EXPECT_STREQ(cell.meaning, meaning) << name;
+    EXPECT_EQ(cell.digits, name == "neighbor" ? 4u : 0u) << name;
+  }
+}
+
+// Verdict
+
+TEST(decodeFrame, JudgesEveryFrame) {
+  EXPECT_EQ(decoded(HOME, ON_OFF, "01 05 02").verdict, FrameVerdict());
+  EXPECT_EQ(decoded(HOME, ON_OFF, "01 05 03").verdict.state, FrameVerdict::UNKNOWN);
+  EXPECT_EQ(decoded(HOME, ON_OFF, "01 05 02 ab").verdict.toString(), "1 byte behind the last field at byte 3");
+  EXPECT_EQ(decoded(HOME, ON_OFF, "").verdict.toString(), "frame control is missing at byte 0");
+  EXPECT_EQ(decoded(ZDO, 0x8036, "07").verdict.toString(), "status is missing at byte 1");
 }
 
 }  // namespace
