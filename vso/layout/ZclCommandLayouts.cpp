@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "vso/zcl/QxZclDiagnostics.h"
 #include "vso/zcl/QxZclImmediateAnnounce.h"
 #include "vso/zcl/ZclGeneralCommand.h"
 #include "vso/zcl/ZclGroups.h"
@@ -125,6 +126,7 @@ constexpr Cluster ON_OFF{HOME, ZclOnOff::CLUSTER_ID};
 constexpr Cluster LEVEL_CONTROL{HOME, ZclLevelControl::CLUSTER_ID};
 constexpr Cluster OTA_UPGRADE{HOME, ZclOtaUpgrade::CLUSTER_ID};
 constexpr Cluster QX_PRIVATE{static_cast<unsigned short>(ZclProfile::QX_PRIVATE), QxZclImmediateAnnounce::CLUSTER_ID};
+constexpr Cluster QX_DIAGNOSTICS{QX_PRIVATE.profile, QxZclDiagnostics::CLUSTER_ID};
 
 struct Row {
   Cluster cluster;
@@ -312,6 +314,12 @@ constexpr Row CLUSTER_COMMANDS[] = {
      ZclGeneralCommand::READ_ATTRIBUTES_RESPONSE,
      {"read attributes response", {{{"attributes", FieldKind::ATTRIBUTE_ANSWERS}}}}},
     {QX_PRIVATE, TO_SERVER, ZclGeneralCommand::WRITE_ATTRIBUTES_NO_RESPONSE, {"write attributes no response", VALUES}},
+
+    {QX_DIAGNOSTICS, TO_SERVER, QxZclDiagnostics::RESET_COUNTERS, {"reset counters", {{{"reset", U8}}}}},
+    {QX_DIAGNOSTICS,
+     TO_SERVER,
+     QxZclDiagnostics::DISPLAY_SIGNAL_STRENGTH,
+     {"display signal strength", {{{"display", U8}}}}},
 };
 
 }  // namespace

@@ -58,6 +58,8 @@ class SourceRoute : public U255Buff<unsigned short> {
   bool bad() const;
   unsigned int failures() const { return failures_; }
   void clearFailures() { failures_ = 0; }
+  /// Long address of the access point.
+  const Euid& zap() const { return zap_; }
   /// When the route was made, seconds since 1970.
   std::time_t timeStamp() const { return time_stamp_; }
 
