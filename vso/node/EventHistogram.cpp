@@ -1,9 +1,9 @@
 #include "vso/node/EventHistogram.h"
 
 #include <log4cplus/logger.h>
+#include <sys/time.h>
 
 #include <algorithm>
-#include <boost/date_time/microsec_time_clock.hpp>
 #include <boost/date_time/posix_time/posix_time_io.hpp>
 #include <cmath>
 #include <limits>
@@ -33,7 +33,18 @@ bool EventHistogram::operator==(const EventHistogram& other) const {
          lastEvent_ == other.lastEvent_;
 }
 
-BPosixTime EventHistogram::localtime() { return boost::posix_time::microsec_clock::local_time(); }
+BPosixTime EventHistogram::localtime() {
+  timeval now{};
+  gettimeofday(&now, nullptr);
+  // The zone is asked once a second: it takes most of the time, and a report reads the clock a dozen times.
+  thread_local long second = -1;
+  thread_local BPosixTime beginning;
+  if (now.tv_sec != second) {
+    beginning = detail::localTime(now.tv_sec);
+    second = now.tv_sec;
+  }
+  return beginning + boost::posix_time::microseconds(now.tv_usec);
+}
 
 void EventHistogram::windowSize(unsigned int windowSize) {
   histogram_.resize(windowSize);
@@ -56,34 +67,41 @@ int EventHistogram::totalEvents() const {
 time_duration EventHistogram::totalHistogramTime() const {
   // A window that only a hostile message has spans more than a duration holds.
   constexpr long long LONGEST = std::numeric_limits<long long>::max() / 2;
-  const long long bucket = bucketSize().ticks();
   const long long buckets = static_cast<int>(windowSize_);
-  if (buckets > LONGEST / bucket) return time_duration(0, 0, 0, LONGEST);
-  if (buckets < -LONGEST / bucket) return time_duration(0, 0, 0, -LONGEST);
-  return time_duration(0, 0, 0, bucket * buckets);
+  long long ticks;
+  if (__builtin_mul_overflow(static_cast<long long>(bucketSize().ticks()), buckets, &ticks)) {
+    ticks = buckets < 0 ? -LONGEST : LONGEST;
+  }
+  return time_duration(0, 0, 0, std::clamp(ticks, -LONGEST, LONGEST));
 }
 
 void EventHistogram::update(const BPosixTime& now) {
-  if (windowSize_ == 0) return;
+  if (windowSize_ != 0) clearPassed(now, index(now));
+}
+
+void EventHistogram::addEvent(const BPosixTime& now) {
+  if (windowSize_ != 0) {
+    const unsigned int number = index(now);
+    clearPassed(now, number);
+    const unsigned int bucket = number % windowSize_;
+    if (bucket < histogram_.size() && histogram_[bucket] < std::numeric_limits<int>::max()) ++histogram_[bucket];
+  }
+  lastEvent_ = now;
+}
+
+void EventHistogram::clearPassed(const BPosixTime& now, unsigned int last) {
   if (!(now - lastEvent_ < totalHistogramTime())) {
     std::fill(histogram_.begin(), histogram_.end(), 0);
     return;
   }
   const unsigned int first = index(lastEvent_) + 1;
-  const unsigned int last = index(now);
   if (first > last) return;
   // A walk of a window or more comes to every place of the ring.
   const unsigned int steps = std::min(last - first, windowSize_ - 1);
-  for (unsigned int i = 0; i <= steps; ++i) clearBucket(first + i);
-}
-
-void EventHistogram::addEvent(const BPosixTime& now) {
-  update(now);
-  if (windowSize_ != 0) {
-    const unsigned int bucket = index(now) % windowSize_;
-    if (bucket < histogram_.size() && histogram_[bucket] < std::numeric_limits<int>::max()) ++histogram_[bucket];
+  for (unsigned int i = 0; i <= steps; ++i) {
+    const unsigned int bucket = (first + i) % windowSize_;
+    if (bucket < histogram_.size()) histogram_[bucket] = 0;
   }
-  lastEvent_ = now;
 }
 
 double EventHistogram::rate(const BPosixTime& now) {
@@ -133,11 +151,6 @@ bool EventHistogram::fromProtobuf(const pb::EventHistogramPBuf& message) {
   startTime_ = posixTimeFromProtobuf(message.starttime());
   lastEvent_ = posixTimeFromProtobuf(message.lastevent());
   return false;
-}
-
-void EventHistogram::clearBucket(unsigned int index) {
-  const unsigned int bucket = index % windowSize_;
-  if (bucket < histogram_.size()) histogram_[bucket] = 0;
 }
 
 }  // namespace qx

@@ -88,7 +88,8 @@ class EventHistogram {
   bool fromProtobuf(const pb::EventHistogramPBuf& message);
 
  private:
-  void clearBucket(unsigned int index);
+  /// Clears the buckets behind that of the last event, up to bucket number `last`, which is that of `now`.
+  void clearPassed(const BPosixTime& now, unsigned int last);
 
   unsigned int windowSize_;
   /// As long as the window, unless a message said otherwise.

@@ -47,12 +47,12 @@ void NetworkHealthItem::add(std::vector<NetworkHealthItem>& items, const std::st
 
 void NetworkHealthItem::add(std::vector<NetworkHealthItem>& items, const std::string& name, DataType type,
                             const std::string& min, const std::string& max, int value, const std::string& units) {
-  add(items, name, type, min, max, std::to_string(value), units);
+  items.emplace_back(name, type, min, max, std::to_string(value), units);
 }
 
 void NetworkHealthItem::add(std::vector<NetworkHealthItem>& items, const std::string& name, DataType type,
                             const std::string& min, const std::string& max, double value, const std::string& units) {
-  add(items, name, type, min, max, textOf(value), units);
+  items.emplace_back(name, type, min, max, textOf(value), units);
 }
 
 std::ostream& NetworkHealthItem::print(std::ostream& out) const {

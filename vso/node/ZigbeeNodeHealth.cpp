@@ -1,7 +1,6 @@
 // The health of a node: counts, averages, lights, the radio link and the report of all of them.
 #include <log4cplus/logger.h>
 
-#include <boost/date_time/posix_time/time_formatters.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 #include <cmath>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "vso/logging/Log.h"
 #include "vso/node/NetworkHealth.h"
 #include "vso/node/ZigbeeNode.h"
+#include "vso/node/simpleTime.h"
 #include "vso/node/wholeNumber.h"
 #include "vso/proto/ZigbeeNodePBuf.pb.h"
 
@@ -235,6 +235,14 @@ const std::string LAST_RESET = "time of last reset";
 const std::string A_DAY = "reboots/day";
 const std::string AN_HOUR = "failures/hr";
 const std::string FAILURES = "failures since reset";
+const std::string BOOTS = "reboots since manufacture";
+const std::string REBOOTS = "reboots since reset";
+const std::string BARS = "4 bar signal";
+const std::string MOST_BARS = "4";
+const std::string BEST_LQI = "255";
+const std::string UNITLESS = "unitless";
+const std::string LEAST_RSSI = "-100";
+const std::string DBM = "dBm";
 
 /// The items of a report as they come together.
 class Report {
@@ -252,11 +260,10 @@ class Report {
     NetworkHealthItem::add(items_, name, NetworkHealthItem::number, min, max, value, units);
   }
   void resetTime(const std::string& name, const BPosixTime& time) {
-    NetworkHealthItem::add(items_, name, NetworkHealthItem::timestamp, NONE, NONE,
-                           boost::posix_time::to_simple_string(time), LAST_RESET);
+    items_.emplace_back(name, NetworkHealthItem::timestamp, NONE, NONE, detail::simpleTime(time), LAST_RESET);
   }
-  void thresholds(const std::string& name, const std::string& value) {
-    NetworkHealthItem::add(items_, name, NetworkHealthItem::string, NONE, NONE, value, LIGHT_THRESHOLDS);
+  void thresholds(const std::string& name, std::string value) {
+    items_.emplace_back(name, NetworkHealthItem::string, NONE, NONE, std::move(value), LIGHT_THRESHOLDS);
   }
 
   std::vector<NetworkHealthItem> take() { return std::move(items_); }
@@ -270,8 +277,8 @@ class Report {
 void ZigbeeNode::gatherNetworkHealth() {
   constexpr std::size_t ITEM_COUNT = 26;
   Report report(ITEM_COUNT);
-  report.number(REBOOT_COUNT, static_cast<int>(boot_count_), "reboots since manufacture");
-  report.number(REBOOT_CUMULATIVE_COUNT, static_cast<int>(reboots_), "reboots since reset");
+  report.number(REBOOT_COUNT, static_cast<int>(boot_count_), BOOTS);
+  report.number(REBOOT_CUMULATIVE_COUNT, static_cast<int>(reboots_), REBOOTS);
   report.number(REBOOT_CUMULATIVE_AVERAGE, rebootCumulativeAverage(localtime()), A_DAY);
   report.number(REBOOT_CUMULATIVE_QUALITY, rebootCumulativeQuality(localtime()), LIGHTS);
   report.number(REBOOT_SLIDING_AVERAGE, reboots_histogram_.rate(localtime()), A_DAY);
@@ -280,23 +287,23 @@ void ZigbeeNode::gatherNetworkHealth() {
   report.thresholds(REBOOT_QUALITY_THRESHOLDS, rebootQualityThresholds());
 
   if (!has_radio_bars_) updateSignalStrength();
-  report.number(FOUR_BAR_SIGNAL_VALUE, LEAST, "4",
-                has_radio_bars_ ? static_cast<int>(radio_bars_) : static_cast<int>(signal_strength_), "4 bar signal");
+  report.number(FOUR_BAR_SIGNAL_VALUE, LEAST, MOST_BARS,
+                has_radio_bars_ ? static_cast<int>(radio_bars_) : static_cast<int>(signal_strength_), BARS);
   if (!has_rx_lqi_) {
     VSO_LOG(logger, log4cplus::TRACE_LOG_LEVEL,
             "ZigbeeNode::gatherNetworkHealth: " << printId() << ": no rx lqi information available");
   }
-  report.number(RX_LQI_VALUE, LEAST, "255", has_rx_lqi_ ? rx_lqi_ : -1, "unitless");
+  report.number(RX_LQI_VALUE, LEAST, BEST_LQI, has_rx_lqi_ ? rx_lqi_ : -1, UNITLESS);
   if (!has_tx_lqi_) {
     VSO_LOG(logger, log4cplus::TRACE_LOG_LEVEL,
             "ZigbeeNode::gatherNetworkHealth: " << printId() << ": no tx lqi information available");
   }
-  report.number(TX_LQI_VALUE, LEAST, "255", has_tx_lqi_ ? tx_lqi_ : -1, "unitless");
+  report.number(TX_LQI_VALUE, LEAST, BEST_LQI, has_tx_lqi_ ? tx_lqi_ : -1, UNITLESS);
   if (!has_rssi_) {
     VSO_LOG(logger, log4cplus::TRACE_LOG_LEVEL,
             "ZigbeeNode::gatherNetworkHealth: " << printId() << ": no rssi information available");
   }
-  report.number(RSSI_VALUE, "-100", "0", has_rssi_ ? rssi_ : -1000, "dBm");
+  report.number(RSSI_VALUE, LEAST_RSSI, LEAST, has_rssi_ ? rssi_ : -1000, DBM);
 
   report.number(IRF_CUMULATIVE_COUNT, lowBits(many_to_one_route_failures_), FAILURES);
   report.number(IRF_CUMULATIVE_AVERAGE, manyToOneRouteFailuresCumulativeAverage(localtime()), AN_HOUR);

@@ -8,13 +8,7 @@ namespace {
 
 using boost::posix_time::time_duration;
 
-constexpr long long TICKS_A_SECOND = 1000000;
-
 }  // namespace
-
-unsigned int BucketWidth::indexOf(const time_duration& duration) const {
-  return static_cast<unsigned int>(duration.ticks() / TICKS_A_SECOND / seconds);
-}
 
 float BucketWidth::widthsOf(const time_duration& duration) const {
   const auto ticks = static_cast<long double>(duration.ticks());

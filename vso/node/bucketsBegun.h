@@ -7,6 +7,8 @@ namespace qx::detail {
 
 /// What a histogram's buckets are.
 struct BucketWidth {
+  static constexpr long long TICKS_A_SECOND = 1000000;
+
   long long seconds;
   /// A rest below this part of a bucket does not count as a new one.
   double tolerance;
@@ -14,7 +16,9 @@ struct BucketWidth {
   boost::posix_time::time_duration duration() const { return boost::posix_time::seconds(seconds); }
   /// Number of the bucket that begins or goes on `duration` after the start of bucket 0, each division cut towards
   /// zero; a negative number wraps round.
-  unsigned int indexOf(const boost::posix_time::time_duration& duration) const;
+  unsigned int indexOf(const boost::posix_time::time_duration& duration) const {
+    return static_cast<unsigned int>(duration.ticks() / TICKS_A_SECOND / seconds);
+  }
   /// How many buckets wide `duration` is, divided in extended and rounded to single precision.
   float widthsOf(const boost::posix_time::time_duration& duration) const;
   /// Buckets begun within `duration`, at least 1: also for a negative one, for minus infinity and not-a-date-time.

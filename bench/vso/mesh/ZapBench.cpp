@@ -11,10 +11,17 @@
 #include <sstream>
 #include <string>
 
+#include "HandRows.h"
 #include "qxxml/XmlWriter.h"
 #include "vso/proto/ZapPBuf.pb.h"
 
 namespace {
+
+using qx::bench::HandHop;
+using qx::bench::HandRoute;
+using qx::bench::readBytes;
+using qx::bench::readHops;
+using qx::bench::readRoutes;
 
 constexpr unsigned int ROWS = 40;
 
@@ -48,27 +55,6 @@ std::unique_ptr<qx::Zap> fullZap() {
 }
 
 // By hand: a plain record beside the generated message.
-
-struct HandHop {
-  unsigned short neighbor;
-  unsigned char lqi;
-  unsigned long long lid;
-  unsigned char type;
-  int rxOnWhenIdle;
-  int relationship;
-  int permitJoining;
-  unsigned char treeDepth;
-  unsigned char panId[8];
-};
-
-struct HandRoute {
-  unsigned short destination;
-  int status;
-  bool memConstrained;
-  bool manyToOne;
-  bool routeRecordRequired;
-  unsigned short nextHop;
-};
 
 struct HandKey {
   int type;
@@ -105,10 +91,6 @@ struct HandZap {
   unsigned short numInflight;
   unsigned char watermark;
 };
-
-void readBytes(const std::string& from, unsigned char* to, std::size_t size) {
-  from.copy(reinterpret_cast<char*>(to), size);
-}
 
 HandKey readKey(const qx::pb::MeshSecurityDataPBuf& message) {
   HandKey key{};
@@ -154,25 +136,9 @@ void readZap(const qx::pb::ZapPBuf& message, HandZap& zap) {
   zap.keys[3] = readKey(message.trustnextnetworkdata());
   zap.keys[4] = readKey(message.applicationlinkdata());
   zap.keys[5] = readKey(message.applicationmasterdata());
-  zap.hops.clear();
-  for (const qx::pb::HopPBuf& from : message.hops()) {
-    HandHop& hop = zap.hops.emplace_back();
-    hop.neighbor = static_cast<unsigned short>(from.neighbor());
-    hop.lqi = static_cast<unsigned char>(from.lqi());
-    hop.lid = from.neighborlid().id();
-    hop.type = static_cast<unsigned char>(from.type());
-    hop.rxOnWhenIdle = from.rxonwhenidle();
-    hop.relationship = from.relationship();
-    hop.permitJoining = from.permitjoining();
-    hop.treeDepth = static_cast<unsigned char>(from.treedepth());
-    readBytes(from.neighborpanid().addr(), hop.panId, sizeof hop.panId);
-  }
+  readHops(message.hops(), zap.hops);
   zap.rssi = static_cast<signed char>(message.rssi());
-  zap.routes.clear();
-  for (const qx::pb::RoutePBuf& from : message.routes()) {
-    zap.routes.push_back({static_cast<unsigned short>(from.destination()), from.routestatus(), from.memconstrained(),
-                          from.manytoone(), from.routerecordrequired(), static_cast<unsigned short>(from.nexthop())});
-  }
+  readRoutes(message.routes(), zap.routes);
   zap.maxInflight = static_cast<unsigned short>(message.maxinflightmessages());
   zap.numInflight = static_cast<unsigned short>(message.numinflightmessages());
   zap.watermark = static_cast<unsigned char>(message.inflightmessageswatermark());
@@ -202,28 +168,9 @@ void fillZap(const HandZap& zap, qx::pb::ZapPBuf* message) {
   fillKey(zap.keys[3], message->mutable_trustnextnetworkdata());
   fillKey(zap.keys[4], message->mutable_applicationlinkdata());
   fillKey(zap.keys[5], message->mutable_applicationmasterdata());
-  for (const HandHop& hop : zap.hops) {
-    qx::pb::HopPBuf* to = message->add_hops();
-    to->set_neighbor(hop.neighbor);
-    to->set_lqi(hop.lqi);
-    to->mutable_neighborlid()->set_id(hop.lid);
-    to->set_type(static_cast<qx::pb::ZigbeeNodeDeviceTypePEnum>(hop.type));
-    to->set_rxonwhenidle(static_cast<qx::pb::TriboolPEnum>(hop.rxOnWhenIdle));
-    to->set_relationship(static_cast<qx::pb::HopRelationshipPEnum>(hop.relationship));
-    to->set_permitjoining(static_cast<qx::pb::TriboolPEnum>(hop.permitJoining));
-    to->set_treedepth(hop.treeDepth);
-    to->mutable_neighborpanid()->set_addr(hop.panId, sizeof hop.panId);
-  }
+  for (const HandHop& hop : zap.hops) fillHop(hop, message->add_hops());
   message->set_rssi(zap.rssi);
-  for (const HandRoute& route : zap.routes) {
-    qx::pb::RoutePBuf* to = message->add_routes();
-    to->set_destination(route.destination);
-    to->set_routestatus(static_cast<qx::pb::RouteStatusPEnum>(route.status));
-    to->set_memconstrained(route.memConstrained);
-    to->set_manytoone(route.manyToOne);
-    to->set_routerecordrequired(route.routeRecordRequired);
-    to->set_nexthop(route.nextHop);
-  }
+  for (const HandRoute& route : zap.routes) fillRoute(route, message->add_routes());
   message->set_maxinflightmessages(zap.maxInflight);
   message->set_numinflightmessages(zap.numInflight);
   message->set_inflightmessageswatermark(zap.watermark);
