@@ -65,9 +65,10 @@ std::string textOf(const Json& leaf) {
 /// Hands each leaf below `node` to `use`, with its dotted path.
 template <typename Use>
 void forEachLeaf(const Json& node, const std::string& path, const Use& use) {
+  if (node.is_null()) return;
   // A path that no datagram holds is not gone down further: nesting costs the sender nothing, and a stack has an end.
   if (!node.is_structured() || path.size() > StatsdDatagram::CAPACITY) {
-    use(path, textOf(node));
+    use(path, node);
   } else if (node.is_object()) {
     for (const auto& [key, child] : node.items()) forEachLeaf(child, path + "." + key, use);
   } else {
@@ -157,16 +158,18 @@ bool StatsdClient::jsonObject(const std::string& name, const std::string& key, c
   if (!document.is_object()) return string(name, key, value);
   StatsdDatagram datagram;
   bool isSent = true;
-  forEachLeaf(document, name + "." + key, [&](const std::string& path, const std::string& leaf) {
-    if (leaf.empty()) {
+  forEachLeaf(document, name + "." + key, [&](const std::string& path, const Json& leaf) {
+    const std::string text = textOf(leaf);
+    const auto add = [&] { return leaf.is_string() ? datagram.addText(path, text) : datagram.add(path, text); };
+    if (leaf.is_string() && text.empty()) {
       logDrop("empty value");
       isSent = false;
       return;
     }
-    if (datagram.add(path, leaf)) return;
+    if (add()) return;
     if (!datagram.empty()) isSent = send(datagram) && isSent;
     datagram.clear();
-    if (datagram.add(path, leaf)) return;
+    if (add()) return;
     logDrop("too long for a datagram");
     isSent = false;
   });
@@ -181,8 +184,8 @@ bool StatsdClient::send(const StatsdDatagram& datagram) {
     if (link_->socket) {
       const boost::asio::const_buffer bytes(datagram.data(), datagram.size());
       link_->socket->send(bytes, 0, error);
-      // This tells of an earlier datagram, and this one has not gone out.
-      if (error == boost::asio::error::connection_refused) link_->socket->send(bytes, 0, error);
+      // What the network said of an earlier datagram is told now, in place of sending this one.
+      if (error && error != boost::asio::error::would_block) link_->socket->send(bytes, 0, error);
     }
   }
   if (error) logDrop(error.message());

@@ -43,9 +43,10 @@ class StatsdClient {
   /// behind) as a gauge, any other text as a set. An empty value is dropped. True if the datagram was handed to the
   /// system.
   bool string(const std::string& name, const std::string& key, const std::string& value);
-  /// Sends each leaf of a JSON object as `string` does, under `name.key` and its dotted path; the elements of an array
-  /// stand under their index. Booleans count as 1 and 0, null as nothing. A text that is no JSON object goes out as
-  /// text. True if every datagram was handed to the system and nothing was dropped.
+  /// Sends each leaf of a JSON object under `name.key` and its dotted path; the elements of an array stand under their
+  /// index. Numbers go out as gauges, booleans as 1 and 0, strings as sets whatever they say, null not at all. A text
+  /// that is no JSON object goes out as `string` sends it. True if every datagram was handed to the system and nothing
+  /// was dropped.
   bool jsonObject(const std::string& name, const std::string& key, const std::string& value);
 
  private:

@@ -38,7 +38,7 @@ bool StatsdDatagram::add(std::string_view path, std::string_view value) noexcept
   const std::size_t before = size_;
   bool fits = true;
   if (!isDecimal(value)) {
-    fits = addLine(path, value, 's');
+    fits = addText(path, value);
   } else {
     if (isNegative(value)) fits = addLine(path, "0", 'g');
     fits = fits && addLine(path, value, 'g');

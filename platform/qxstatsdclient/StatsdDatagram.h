@@ -17,6 +17,8 @@ class StatsdDatagram {
   /// fraction behind), otherwise a set. A negative gauge takes two lines, because the protocol takes a sign for a step
   /// up or down from the value before: the first sets it to 0. False, with nothing added, if the metric does not fit.
   bool add(std::string_view path, std::string_view value) noexcept;
+  /// The same as a set, whatever the text.
+  bool addText(std::string_view path, std::string_view text) noexcept { return addLine(path, text, 's'); }
 
   void clear() noexcept { size_ = 0; }
   bool empty() const noexcept { return size_ == 0; }

@@ -107,6 +107,19 @@ Reason idFromJson(const char* name, const nlohmann::json& object, unsigned short
   return {};
 }
 
+Reason nodeFromJson(const nlohmann::json& object, std::optional<Euid>& node) {
+  constexpr std::size_t DIGITS = 16;
+  const auto member = object.find("euid");
+  if (member == object.end()) return {};
+  if (!member->is_string()) return "euid: not a string";
+  const auto& digits = member->get_ref<const std::string&>();
+  if (digits.size() != DIGITS || digits.find_first_not_of(HEX_DIGITS) != std::string::npos) {
+    return "euid: " + quoted(std::string_view(digits)) + " is not 16 hexadecimal digits";
+  }
+  node.emplace() = digits;
+  return {};
+}
+
 FrameLine parseJson(std::string_view text) {
   nlohmann::json object;
   try {
@@ -130,6 +143,7 @@ FrameLine parseJson(std::string_view text) {
       reason = member == object.end() ? "hex: missing" : "hex: not a string";
     }
   }
+  if (reason.empty()) reason = nodeFromJson(object, frame.node);
   if (reason.empty()) return frame;
   return UnreadableLine{reason, hex};
 }

@@ -6,6 +6,8 @@
 
 #include "apps/vso/decode/clusters/readings.h"
 #include "vso/zcl/QxZclAnnounce.h"
+#include "vso/zcl/QxZclDiagnostics.h"
+#include "vso/zcl/QxZclHaDiagnostics.h"
 #include "vso/zcl/QxZclSscp.h"
 #include "vso/zcl/ZclGroups.h"
 #include "vso/zcl/ZclIdentify.h"
@@ -36,8 +38,9 @@ constexpr ZclClusterRow CLUSTERS[] = {
     {HOME, ZclLevelControl::CLUSTER_ID, "Level Control", addLevelControlReadings},
     {HOME, ZclTime::CLUSTER_ID, "Time"},
     {HOME, ZclOtaUpgrade::CLUSTER_ID, "OTA Upgrade", addOtaUpgradeReadings},
-    {HOME, 0x0B05, "Diagnostics"},
+    {HOME, QxZclHaDiagnostics::CLUSTER_ID, "Diagnostics", addHaDiagnosticsReadings},
     {QX_PRIVATE, QxZclSscp::CLUSTER_ID, "mesh parameters", addSscpReadings},
+    {QX_PRIVATE, QxZclDiagnostics::CLUSTER_ID, "node diagnostics", addDiagnosticsReadings},
     {QX_ANNOUNCE, QxZclAnnounce::CLUSTER_ID, "announce", addAnnounceReadings},
 };
 

@@ -10,6 +10,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -19,8 +20,10 @@
 #include "apps/vso/Output.h"
 #include "apps/vso/decode/FrameLine.h"
 #include "apps/vso/decode/JsonPrinter.h"
+#include "apps/vso/decode/MetricsSending.h"
 #include "apps/vso/decode/TextPrinter.h"
 #include "apps/vso/decode/decodeFrame.h"
+#include "apps/vso/encode/argumentValues.h"
 #include "qxlogger/Logger.h"
 #include "qxshared/cleanString.h"
 
@@ -44,12 +47,24 @@ constexpr const char* HELP = R"(Lines:
   Numbers are in C notation (0x0104, 260, octal 0404), digits of bytes of either
   case with blanks anywhere. Profile 0 is ZDO, all others are ZCL.
 
+  The object may also have the address of its node, "euid", as 16 digits.
+
 Output:
   A block of text for each frame; with --json an object a line, in which header
   fields that a frame does not have are null, and a line that cannot be read
   gives an object with "hex" and "error". Each ends with the verdict: whether
   the frame is whole, and if not, at which byte it stops making sense. Of a
   command that is not known it says so; "whole" is then null.
+
+Metrics:
+  With --metrics, the pairs of name and value in reports of the cluster 0x0B05
+  (profile 0x0104) also go to the metrics gateway, as StatsD datagrams to port
+  8125 of )" VSO_METRICS_GATEWAY_HOST R"(. Each is called
+
+    vessori2.v2.vessori2.HOST.NAME.NODE.zcl_diag.KEY
+
+  HOST being this machine and KEY the name in the report. A report is sent up to
+  the first two records that are no pair. Nobody need listen at the gateway.
 
 Examples:
   vso decode frames.txt
@@ -66,7 +81,20 @@ struct Options {
   std::vector<std::string> files;
   bool json = false;
   std::string colour = "auto";
+  bool metrics = false;
+  std::string metricsName = "vso";
+  std::string node = Euid().toString();
 };
+
+/// Empty if the text is an address, otherwise why it is none.
+std::string isAddress(const std::string& text) {
+  try {
+    static_cast<void>(parseAddress(text));
+    return {};
+  } catch (const BadArgument& error) {
+    return error.what();
+  }
+}
 
 TextPrinter::Colour colourFor(const std::string& choice) {
   const char* const noColour = std::getenv("NO_COLOR");
@@ -98,7 +126,12 @@ class OpenFile {
 
 class Decoding {
  public:
-  explicit Decoding(const Options& options) : printer_(printerFor(options)), output_(STDOUT_FILENO) {}
+  explicit Decoding(const Options& options) : printer_(printerFor(options)), output_(STDOUT_FILENO) {
+    if (!options.metrics) return;
+    Euid node;
+    node = options.node;
+    metrics_.emplace(options.metricsName, node);
+  }
 
   /// Returns the exit status.
   int run(const std::vector<std::string>& files) {
@@ -137,6 +170,7 @@ class Decoding {
       const FrameLine line = reader.isTooLong() ? tooLong() : parseFrameLine(reader.line());
       if (const auto* const frame = std::get_if<ReceivedFrame>(&line)) {
         output_.write(printer_->print(decodeFrame(*frame)));
+        if (metrics_) metrics_->send(*frame);
       } else if (const auto* const unreadable = std::get_if<UnreadableLine>(&line)) {
         refuse(*unreadable, reader, name);
       }
@@ -165,6 +199,7 @@ class Decoding {
 
   std::unique_ptr<FramePrinter> printer_;
   Output output_;
+  std::optional<MetricsSending> metrics_;
   int status_ = ExitStatus::DONE;
 };
 
@@ -185,6 +220,14 @@ void addDecodeCommand(CLI::App& program, std::function<int()>& chosen) {
   command->add_option("--color", options->colour, "auto: on a terminal, unless NO_COLOR is set")
       ->check(CLI::IsMember({"auto", "always", "never"}))
       ->option_text("auto|always|never");
+  CLI::Option* const metrics = command->add_flag("--metrics", options->metrics, "Send the metrics of reports on");
+  command->add_option("--metrics-name", options->metricsName, "NAME in those, vso unless given")
+      ->option_text("NAME")
+      ->needs(metrics);
+  command->add_option("--node", options->node, "NODE for frames without \"euid\", zeros unless given")
+      ->option_text("ADDRESS")
+      ->check(isAddress, "")
+      ->needs(metrics);
   command->footer(HELP);
   command->callback([options, &chosen] { chosen = [options] { return decode(*options); }; });
 }

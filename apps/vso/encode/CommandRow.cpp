@@ -6,9 +6,9 @@ namespace qx::app {
 
 const std::vector<CommandGroup>& commandGroups() {
   static const std::vector<CommandGroup> groups = {
-      generalCommands(), identifyCommands(),   groupsCommands(), scenesCommands(),   onOffCommands(),
-      levelCommands(),   timeCommands(),       otaCommands(),    announceCommands(), immediateAnnounceCommands(),
-      sscpCommands(),    sscpPacketCommands(), setZapCommands(), zdoCommands(),
+      generalCommands(), identifyCommands(),   groupsCommands(), scenesCommands(),      onOffCommands(),
+      levelCommands(),   timeCommands(),       otaCommands(),    announceCommands(),    immediateAnnounceCommands(),
+      sscpCommands(),    sscpPacketCommands(), setZapCommands(), diagnosticsCommands(), zdoCommands(),
   };
   return groups;
 }

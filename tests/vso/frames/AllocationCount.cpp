@@ -7,9 +7,11 @@
 namespace {
 
 std::atomic<unsigned int> allocations{0};
+/// The number of the allocation that is refused; 0 for none.
+std::atomic<unsigned int> refused{0};
 
 void* countedAllocation(std::size_t size, std::size_t alignment) noexcept {
-  ++allocations;
+  if (++allocations == refused) return nullptr;
   const std::size_t whole = (size + alignment - 1) / alignment * alignment;
   return std::aligned_alloc(alignment, whole != 0 ? whole : alignment);
 }
@@ -58,3 +60,4 @@ void operator delete(void* storage, std::align_val_t, const std::nothrow_t&) noe
 void operator delete[](void* storage, std::align_val_t, const std::nothrow_t&) noexcept { std::free(storage); }
 
 unsigned int qx::test::allocationCount() { return allocations; }
+void qx::test::refuseAllocation(unsigned int next) { refused = next == 0 ? 0 : allocations + next; }

@@ -7,6 +7,9 @@ namespace qx::test {
 /// library's allocation, which sanitizers go on watching. In a file of its own, so that no compiler sees through it.
 unsigned int allocationCount();
 
+/// Refuses the `next`th allocation from now on, once; 0 refuses none.
+void refuseAllocation(unsigned int next);
+
 /// How many allocations `work` makes.
 template <typename Work>
 unsigned int allocationsOf(Work work) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <list>
+#include <new>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -99,6 +100,30 @@ TEST_P(CommandOperation, AllocatesNoMoreThanItsAnswer) {
 }
 
 const auto nameOf = [](const auto& instance) { return std::string(instance.param.name); };
+
+/// Fills a list from a page while memory ends with the third row.
+template <typename Row, typename Read>
+void expectTwoRowsAndAnException(Read read) {
+  std::list<Row> rows;
+  bool isThrown = false;
+  refuseAllocation(3);
+  try {
+    read(rows);
+  } catch (const std::bad_alloc&) {
+    isThrown = true;
+  }
+  refuseAllocation(0);
+  EXPECT_TRUE(isThrown);
+  EXPECT_EQ(rows.size(), 2U);
+}
+
+TEST(TableRows, SoFarAreThereWhenMemoryEnds) {
+  const Prepared prepared;
+  Frame hops = prepared.lqi;
+  hops.contents[4] = 4;
+  expectTwoRowsAndAnException<Hop>([&](auto& rows) { ZdoNetworkLqiResponse(hops).hops(rows); });
+  expectTwoRowsAndAnException<Route>([&](auto& rows) { ZdoNetworkRtgResponse(prepared.routes).routes(rows); });
+}
 
 INSTANTIATE_TEST_SUITE_P(
     OfBuilders, CommandOperation,
@@ -260,6 +285,15 @@ INSTANTIATE_TEST_SUITE_P(
                                   use(judgeFrame(0xC25F, 0x0001, p.announce));
                                 }}),
     nameOf);
+
+// None of these adds anything to the frame that it is.
+static_assert(sizeof(QxZclAnnounce) == sizeof(ZclMessage));
+static_assert(sizeof(QxZclImmediateAnnounce) == sizeof(ZclMessage));
+static_assert(sizeof(ZclSetZap) == sizeof(ZclMessage));
+static_assert(sizeof(ZclGroups) == sizeof(ZclMessage));
+static_assert(sizeof(ZclScenes) == sizeof(ZclMessage));
+static_assert(sizeof(ZclOtaUpgrade) == sizeof(ZclMessage));
+static_assert(sizeof(SscpPacket) == sizeof(Frame));
 
 }  // namespace
 }  // namespace qx::test

@@ -217,6 +217,9 @@ inline const std::vector<WholeFrame>& wholeFrames() {
        "attributes 9",
        {3, 7}},
 
+      {"reset counters", PRIVATE, 0x0002, "01 05 01  01", "reset 1"},
+      {"display signal strength", PRIVATE, 0x0002, "01 05 02  00", "display 1"},
+
       {"network LQI request", ZDO, 0x0031, "07  09", "startIndex 1"},
       {"network routing request", ZDO, 0x0032, "07  09", "startIndex 1"},
       {"leave request", ZDO, 0x0034, "07  77 66 55 44 33 22 11 00  40", "device 8, options 1"},

@@ -222,6 +222,14 @@ class NotedScenes : public ZclScenes {
     calls.push_back("prepareQxCustomMessage(" + fields(frameControl, commandId) + (clusterSpecific ? " true)" : ")"));
     ZclScenes::prepareQxCustomMessage(frameControl, commandId, clusterSpecific);
   }
+  void addUint16(unsigned short value) override {
+    calls.push_back("addUint16(" + std::to_string(value) + ')');
+    ZclScenes::addUint16(value);
+  }
+  void addByte(unsigned char value) override {
+    calls.push_back("addByte(" + std::to_string(value) + ')');
+    ZclScenes::addByte(value);
+  }
   void setReadAttributes(const std::vector<unsigned short>& ids) override {
     calls.push_back("setReadAttributes(" + test::list(ids) + ')');
     ZclScenes::setReadAttributes(ids);
@@ -318,7 +326,7 @@ TEST(ZclScenesUnRecall, CallsTheVirtualOperationsInOrder) {
   EXPECT_THAT(frame.calls, ElementsAre("setFcf(00)", "setMc(1040)", "setCid(05)", "isValidLength()"));
   NotedScenes noted;
   noted.unRecallScene(0x0102, 3);
-  EXPECT_THAT(noted.calls, ElementsAre("prepareQxCustomMessage(00 05 true)"));
+  EXPECT_THAT(noted.calls, ElementsAre("prepareQxCustomMessage(00 05 true)", "addUint16(258)", "addByte(3)"));
 }
 
 TEST(ZclScenesCount, IsReadByAGeneralCommand) {

@@ -10,6 +10,8 @@ namespace qx::app {
 // of attributes and adds a value for every reader that it answers, or its table.
 
 void addAnnounceReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded);
+void addDiagnosticsReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded);
+void addHaDiagnosticsReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded);
 void addLevelControlReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded);
 void addOnOffReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded);
 void addOtaUpgradeReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& decoded);

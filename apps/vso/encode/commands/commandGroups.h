@@ -18,6 +18,7 @@ CommandGroup immediateAnnounceCommands();
 CommandGroup sscpCommands();
 CommandGroup sscpPacketCommands();
 CommandGroup setZapCommands();
+CommandGroup diagnosticsCommands();
 CommandGroup zdoCommands();
 
 }  // namespace qx::app

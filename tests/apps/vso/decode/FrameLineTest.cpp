@@ -11,12 +11,13 @@
 namespace qx::app {
 namespace {
 
-/// What a line says as one text: "profile cluster bytes" in decimal and hexadecimal, "" for an empty line, or
-/// "error: " and the reason.
+/// What a line says as one text: "profile cluster bytes" in decimal and hexadecimal and " of " the node if that is
+/// known, "" for an empty line, or "error: " and the reason.
 std::string reading(const std::string& text) {
   const FrameLine line = parseFrameLine(text);
   if (const auto* const frame = std::get_if<ReceivedFrame>(&line)) {
-    return std::to_string(frame->profile) + " " + std::to_string(frame->cluster) + " " + test::hex(frame->bytes);
+    return std::to_string(frame->profile) + " " + std::to_string(frame->cluster) + " " + test::hex(frame->bytes) +
+           (frame->node ? " of " + frame->node->toString() : "");
   }
   if (const auto* const unreadable = std::get_if<UnreadableLine>(&line)) return "error: " + unreadable->reason;
   return "";
@@ -57,13 +58,16 @@ INSTANTIATE_TEST_SUITE_P(Empty, FrameLineCase,
 
 INSTANTIATE_TEST_SUITE_P(
     Json, FrameLineCase,
-    testing::Values(Case{"Numbers", R"({"profile":260,"cluster":6,"hex":"180501"})", "260 6 18 05 01"},
-                    Case{"Strings", R"({"profile":"0x0104","cluster":"06","hex":"18 05 01"})", "260 6 18 05 01"},
-                    Case{"OtherKeys", R"( {"id":[1,{"a":null}],"hex":"00","x":1.5,"cluster":0,"profile":0} )",
-                         "0 0 00"},
-                    Case{"NoBytes", R"({"profile":260,"cluster":6,"hex":""})", "260 6 "},
-                    Case{"CarriageReturn", "{\"profile\":1,\"cluster\":2,\"hex\":\"00\"}\r", "1 2 00"},
-                    Case{"NumberSignInAString", R"({"profile":1,"cluster":2,"hex":"00","note":"#1"})", "1 2 00"}),
+    testing::Values(
+        Case{"Numbers", R"({"profile":260,"cluster":6,"hex":"180501"})", "260 6 18 05 01"},
+        Case{"Strings", R"({"profile":"0x0104","cluster":"06","hex":"18 05 01"})", "260 6 18 05 01"},
+        Case{"OtherKeys", R"( {"id":[1,{"a":null}],"hex":"00","x":1.5,"cluster":0,"profile":0} )", "0 0 00"},
+        Case{"NoBytes", R"({"profile":260,"cluster":6,"hex":""})", "260 6 "},
+        Case{"CarriageReturn", "{\"profile\":1,\"cluster\":2,\"hex\":\"00\"}\r", "1 2 00"},
+        Case{"NumberSignInAString", R"({"profile":1,"cluster":2,"hex":"00","note":"#1"})", "1 2 00"},
+        Case{"Node", R"({"profile":1,"cluster":2,"hex":"00","euid":"00112233445566aA"})", "1 2 00 of 00112233445566aa"},
+        Case{"NodeOfZeros", R"({"euid":"0000000000000000","profile":1,"cluster":2,"hex":"00"})",
+             "1 2 00 of 0000000000000000"}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -119,7 +123,15 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"BytesOfANumber", R"({"profile":260,"cluster":6,"hex":1805})", "error: hex: not a string"},
         Case{"OddDigits", R"({"profile":260,"cluster":6,"hex":"180"})", "error: hex: an odd number of digits, 3"},
         Case{"OtherCharacter", R"({"profile":260,"cluster":6,"hex":"1g"})",
-             R"(error: hex: "g" is no hexadecimal digit)"}),
+             R"(error: hex: "g" is no hexadecimal digit)"},
+        Case{"NodeOfANumber", R"({"profile":260,"cluster":6,"hex":"00","euid":11})", "error: euid: not a string"},
+        Case{"NodeOfNull", R"({"profile":260,"cluster":6,"hex":"00","euid":null})", "error: euid: not a string"},
+        Case{"ShortNode", R"({"profile":260,"cluster":6,"hex":"00","euid":"0011"})",
+             R"(error: euid: "0011" is not 16 hexadecimal digits)"},
+        Case{"LongNode", R"({"profile":260,"cluster":6,"hex":"00","euid":"00112233445566778"})",
+             R"(error: euid: "00112233445566778" is not 16 hexadecimal digits)"},
+        Case{"OtherCharacterInANode", R"({"profile":260,"cluster":6,"hex":"00","euid":"001122334455667g"})",
+             R"(error: euid: "001122334455667g" is not 16 hexadecimal digits)"}),
     nameOf);
 
 std::string times(unsigned int count, const std::string& text) {

@@ -31,6 +31,8 @@ TEST(ZclClusters, HaveTheirPublicNames) {
 TEST(ZclClusters, OfTheMakersProfilesHaveNamesToo) {
   ASSERT_NE(findCluster(0xC25D, 0x0001), nullptr);
   EXPECT_STREQ(findCluster(0xC25D, 0x0001)->name, "mesh parameters");
+  ASSERT_NE(findCluster(0xC25D, 0x0002), nullptr);
+  EXPECT_STREQ(findCluster(0xC25D, 0x0002)->name, "node diagnostics");
   ASSERT_NE(findCluster(0xC25F, 0x0001), nullptr);
   EXPECT_STREQ(findCluster(0xC25F, 0x0001)->name, "announce");
 }

@@ -306,6 +306,17 @@ const Golden GOLDENS[] = {
      0x0001,
      "08 76 01 08 00 00 21 34 12 09 00 00 f0 77 66 55 44 33 22 11 00 0a 00 00 20 03 0b 00 00 21 02 01 "
      "0f 00 00 21 04 03"},
+    {{"diagnostics", "read", {"attribute", "2", "attribute", "0x0103", "sequence", "119"}},
+     0xC25D,
+     0x0002,
+     "00 77 00 02 00 03 01"},
+    {{"diagnostics", "reset-counters", {"sequence", "120"}}, 0xC25D, 0x0002, "01 78 01 01"},
+    {{"diagnostics", "reset-counters", {"reset", "0", "sequence", "121"}}, 0xC25D, 0x0002, "01 79 01 00"},
+    {{"diagnostics", "display-signal-strength", {"display", "1", "sequence", "122"}}, 0xC25D, 0x0002, "01 7a 02 01"},
+    {{"diagnostics", "display-signal-strength", {"display", "0", "sequence", "123", "disable-default-response", ""}},
+     0xC25D,
+     0x0002,
+     "11 7b 02 00"},
 
     // ZDO: sequence, fields
     {{"zdo", "lqi-request", {"destination", "0011223344556677", "start-index", "9", "sequence", "128"}},

@@ -32,6 +32,9 @@ NOT_IN_THE_STANDARD = {
     "sscp response": "a profile of the manufacturer's own",
     "sscp-packet image": "no frame of the standard at all",
     "set-zap response": "a profile of the manufacturer's own",
+    "diagnostics read": "a profile of the manufacturer's own",
+    "diagnostics reset-counters": "a profile of the manufacturer's own",
+    "diagnostics display-signal-strength": "a profile of the manufacturer's own",
 }
 
 GROUPS = "zbee_zcl_general.groups."
