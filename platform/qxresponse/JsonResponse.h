@@ -12,7 +12,7 @@ namespace qx::response {
 /// list is dropped, and so is the count of the list, which the array shows itself. A value in a list becomes an object
 /// of one member. Of two members with one name in an object the later stands.
 ///
-/// Text that is not UTF-8 gets U+FFFD for each bad byte.
+/// Text that is not UTF-8 gets U+FFFD for each byte, or start of a sequence, that does not go on as one.
 class JsonResponse : public IResponse {
  public:
   JsonResponse();

@@ -1,5 +1,6 @@
 #include "qxstatsdclient/StatsdClient.h"
 
+#include <fcntl.h>
 #include <log4cplus/logger.h>
 
 #include <boost/asio/buffer.hpp>
@@ -9,6 +10,7 @@
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/udp.hpp>
 #include <charconv>
+#include <exception>
 #include <limits>
 #include <mutex>
 #include <nlohmann/json.hpp>
@@ -108,22 +110,20 @@ class StatsdClient::LinkGuard : public boost::asio::execution_context::service {
 boost::asio::execution_context::id StatsdClient::LinkGuard::id;
 
 StatsdClient::StatsdClient() : link_(std::make_shared<Link>()) {}
-StatsdClient::~StatsdClient() = default;
 
 StatsdClient* StatsdClient::getInstance() {
-  static StatsdClient client;
-  return &client;
+  static auto* const client = new StatsdClient;
+  return client;
 }
 
 bool StatsdClient::setAsioContext(boost::asio::io_context* context, bool ownThread) {
   if (ownThread) return false;
   const std::lock_guard<std::mutex> lock(link_->mutex);
   if (context == link_->context) return context != nullptr;
+  if (context != nullptr) boost::asio::use_service<LinkGuard>(*context).guard(link_);
   link_->socket.reset();
   link_->context = context;
-  if (context == nullptr) return false;
-  boost::asio::use_service<LinkGuard>(*context).guard(link_);
-  return true;
+  return context != nullptr;
 }
 
 bool StatsdClient::setServer(const std::string& address, unsigned int port) {
@@ -133,13 +133,14 @@ bool StatsdClient::setServer(const std::string& address, unsigned int port) {
   if (link_->context == nullptr) throw std::logic_error("StatsdClient: a server was set before a context");
   udp::socket socket(*link_->context, server.protocol());
   socket.non_blocking(true);
+  ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
   // A connected socket hears of a server that is not there, and spares each send the address.
   socket.connect(server);
   link_->socket.emplace(std::move(socket));
   return true;
 }
 
-bool StatsdClient::string(const std::string& name, const std::string& key, const std::string& value) {
+bool StatsdClient::string(const std::string& name, const std::string& key, const std::string& value) try {
   if (value.empty()) {
     logDrop("empty value");
     return false;
@@ -150,9 +151,11 @@ bool StatsdClient::string(const std::string& name, const std::string& key, const
     return false;
   }
   return send(datagram);
+} catch (const std::exception&) {  // No memory is one more reason to lose a metric.
+  return false;
 }
 
-bool StatsdClient::jsonObject(const std::string& name, const std::string& key, const std::string& value) {
+bool StatsdClient::jsonObject(const std::string& name, const std::string& key, const std::string& value) try {
   constexpr bool NO_EXCEPTIONS = false;
   const Json document = Json::parse(value, nullptr, NO_EXCEPTIONS);
   if (!document.is_object()) return string(name, key, value);
@@ -175,6 +178,8 @@ bool StatsdClient::jsonObject(const std::string& name, const std::string& key, c
   });
   if (!datagram.empty()) isSent = send(datagram) && isSent;
   return isSent;
+} catch (const std::exception&) {
+  return false;
 }
 
 bool StatsdClient::send(const StatsdDatagram& datagram) {

@@ -23,7 +23,8 @@ class StatsdDatagram;
 /// All operations may be called from any thread.
 class StatsdClient {
  public:
-  /// The one object, made at first use. Never null.
+  /// The one object, made at first use and never destroyed: a metric may be sent as late as at process exit. Never
+  /// null.
   static StatsdClient* getInstance();
 
   StatsdClient(const StatsdClient&) = delete;
@@ -32,7 +33,7 @@ class StatsdClient {
   /// The context that the socket belongs to; it need not be running. It may end before this object does, after which
   /// metrics are dropped. Null, or another context than before, closes the socket. `ownThread` true, for a thread of
   /// the client's own, is not provided for: false is returned and nothing changed. Returns true if the context was
-  /// taken.
+  /// taken, and throws, with nothing changed, if it cannot be guarded.
   bool setAsioContext(boost::asio::io_context* context, bool ownThread);
   /// Where metrics go from now on: an IPv4 or IPv6 address as text (no name), and a port. Returns true. Throws
   /// boost::system::system_error if `address` is none or the system refuses a socket to it, std::invalid_argument for a
@@ -54,7 +55,6 @@ class StatsdClient {
   class LinkGuard;
 
   StatsdClient();
-  ~StatsdClient();
 
   bool send(const detail::StatsdDatagram& datagram);
 

@@ -2,6 +2,7 @@
 
 #include <log4cplus/logger.h>
 
+#include <boost/asio/error.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <cstdio>
@@ -51,6 +52,7 @@ void QxMetricsClient::initializeDataLakeConnection(boost::shared_ptr<boost::asio
     tcp::resolver resolver(*ioContext);
     const tcp::resolver::results_type found =
         resolver.resolve(GATEWAY_HOST, GATEWAY_SERVICE, tcp::resolver::address_configured);
+    if (found.empty()) throw boost::system::system_error(boost::asio::error::host_not_found);
     const std::string address = found.begin()->endpoint().address().to_string();
     client->setAsioContext(ioContext.get(), false);
     client->setServer(address, GATEWAY_PORT);

@@ -32,8 +32,8 @@ class QxMetricsClient {
 
   /// Resolves the gateway's name (a build constant; port 8125) and hands the first address to the StatsdClient, whose
   /// work then belongs to `ioContext`. Blocks until the name is resolved. A null context, a missing client, and
-  /// whatever fails with a std::exception on the way, each logs a line and leaves the connection as it was; call again
-  /// for another attempt. Any other exception passes.
+  /// whatever fails with a std::exception on the way, each logs a line; sends are then let through, or dropped, as
+  /// before. Call again for another attempt. Any other exception passes.
   void initializeDataLakeConnection(boost::shared_ptr<boost::asio::io_context> ioContext);
   /// Drops what is sent from now on.
   void stop();

@@ -75,14 +75,12 @@ time_duration EventHistogram::totalHistogramTime() const {
   return time_duration(0, 0, 0, std::clamp(ticks, -LONGEST, LONGEST));
 }
 
-void EventHistogram::update(const BPosixTime& now) {
-  if (windowSize_ != 0) clearPassed(now, index(now));
-}
+void EventHistogram::update(const BPosixTime& now) { clearPassed(now, index(now)); }
 
 void EventHistogram::addEvent(const BPosixTime& now) {
+  const unsigned int number = index(now);
+  clearPassed(now, number);
   if (windowSize_ != 0) {
-    const unsigned int number = index(now);
-    clearPassed(now, number);
     const unsigned int bucket = number % windowSize_;
     if (bucket < histogram_.size() && histogram_[bucket] < std::numeric_limits<int>::max()) ++histogram_[bucket];
   }
@@ -95,12 +93,20 @@ void EventHistogram::clearPassed(const BPosixTime& now, unsigned int last) {
     return;
   }
   const unsigned int first = index(lastEvent_) + 1;
-  if (first > last) return;
+  if (windowSize_ == 0 || first > last) return;
   // A walk of a window or more comes to every place of the ring.
   const unsigned int steps = std::min(last - first, windowSize_ - 1);
-  for (unsigned int i = 0; i <= steps; ++i) {
-    const unsigned int bucket = (first + i) % windowSize_;
-    if (bucket < histogram_.size()) histogram_[bucket] = 0;
+  if (steps < histogram_.size()) {
+    for (unsigned int i = 0; i <= steps; ++i) {
+      const unsigned int bucket = (first + i) % windowSize_;
+      if (bucket < histogram_.size()) histogram_[bucket] = 0;
+    }
+    return;
+  }
+  // A message made the ring shorter than its window, and the walk would take long to come by the few buckets there are.
+  const unsigned long long start = first % windowSize_;
+  for (std::size_t bucket = 0; bucket < std::min<std::size_t>(histogram_.size(), windowSize_); ++bucket) {
+    if ((bucket + windowSize_ - start) % windowSize_ <= steps) histogram_[bucket] = 0;
   }
 }
 

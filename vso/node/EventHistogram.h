@@ -38,7 +38,7 @@ class EventHistogram {
   virtual boost::posix_time::time_duration bucketSize() const = 0;
   /// Number of the bucket that begins or goes on `duration` after the start.
   virtual unsigned int durationToIndex(const boost::posix_time::time_duration& duration) const = 0;
-  /// Buckets begun within `duration`: at least 1, at most the window.
+  /// Buckets begun within `duration`: at least 1, at most the window (which may be 0).
   virtual unsigned int wholeBuckets(const boost::posix_time::time_duration& duration) const = 0;
 
   /// Compare window, buckets and both times.
@@ -70,7 +70,7 @@ class EventHistogram {
   /// Clears the buckets that have passed since the last event, all of them if that is a window ago or more. Moves
   /// neither `lastEvent()` nor `startTime()`.
   void update(const BPosixTime& now);
-  /// Counts an event. Does not allocate.
+  /// Counts an event; a bucket that is full stays so. Does not allocate.
   void addEvent(const BPosixTime& now);
   /// Events a bucket, over the buckets begun since the start, at most the window.
   double rate(const BPosixTime& now);
@@ -82,7 +82,7 @@ class EventHistogram {
 
   /// Without the start time: what the buckets stand for cannot be told from this form.
   void toXml(XmlWriter& writer, const std::string& name) const;
-  /// Caller owns the result. Times are cut to seconds.
+  /// Caller owns the result. Times are cut to seconds, and these to 32 bits; special times come back as dates.
   pb::EventHistogramPBuf* toProtobuf() const;
   /// Takes all fields, those that are absent as zero and the start of 1970. True on failure, of which there is none.
   bool fromProtobuf(const pb::EventHistogramPBuf& message);

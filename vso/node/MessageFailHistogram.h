@@ -20,8 +20,9 @@ class MessageFailHistogram : public EventHistogram {
   unsigned int durationToIndex(const boost::posix_time::time_duration& duration) const override;
   unsigned int wholeBuckets(const boost::posix_time::time_duration& duration) const override;
 
-  /// Hours begun within a duration, without an upper bound: at least 1, also for a negative or special duration. A rest
-  /// of less than 0.0002 hours (0.72 seconds) does not begin a new one.
+  /// Hours begun within a duration, without an upper bound: at least 1, also for a negative or special duration;
+  /// infinity counts as the longest duration there is. A rest of less than 0.0002 hours (0.72 seconds) does not begin a
+  /// new one.
   static unsigned int wholeHours(const boost::posix_time::time_duration& duration);
 };
 

@@ -2,7 +2,6 @@
 
 #include <log4cplus/logger.h>
 
-#include <cstring>
 #include <memory>
 #include <ostream>
 #include <utility>

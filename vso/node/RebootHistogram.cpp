@@ -26,7 +26,7 @@ unsigned int RebootHistogram::wholeBuckets(const time_duration& duration) const 
 }
 
 unsigned int RebootHistogram::wholeDays(const time_duration& duration) {
-  // Time without end begins no new day.
+  // Time without end begins no new day. (At this size a number of single precision has no fraction anyway.)
   if (duration.is_pos_infinity()) return static_cast<unsigned int>(std::trunc(DAY.widthsOf(duration)));
   return DAY.begunWithin(duration);
 }

@@ -20,8 +20,9 @@ class RebootHistogram : public EventHistogram {
   unsigned int durationToIndex(const boost::posix_time::time_duration& duration) const override;
   unsigned int wholeBuckets(const boost::posix_time::time_duration& duration) const override;
 
-  /// Days begun within a duration, without an upper bound: at least 1, also for a negative or special duration. A rest
-  /// of less than a millionth of a day (0.0864 seconds) does not begin a new one.
+  /// Days begun within a duration, without an upper bound: at least 1, also for a negative or special duration;
+  /// infinity counts as the longest duration there is. A rest of less than a millionth of a day (0.0864 seconds) does
+  /// not begin a new one.
   static unsigned int wholeDays(const boost::posix_time::time_duration& duration);
 };
 

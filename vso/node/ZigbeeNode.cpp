@@ -1,5 +1,7 @@
 #include "vso/node/ZigbeeNode.h"
 
+#include <algorithm>
+
 #include "qxshared/hexStr.h"
 #include "vso/proto/ZigbeeNodeDeviceTypePEnum.pb.h"
 
@@ -92,8 +94,11 @@ std::string ZigbeeNode::cleanProductString() const {
 
 void ZigbeeNode::vessoriStartTime(long seconds) {
   constexpr long long MICROSECONDS = 1000000;
+  constexpr long long FIRST = -17987443200;  // 1 January 1400
+  constexpr long long LAST = 253402300799;   // the last second of 9999
   const BPosixTime epoch(boost::gregorian::date(1970, 1, 1));
-  vessoriStartTime_ = epoch + boost::posix_time::microseconds(seconds * MICROSECONDS);
+  vessoriStartTime_ =
+      epoch + boost::posix_time::microseconds(std::clamp<long long>(seconds, FIRST, LAST) * MICROSECONDS);
 }
 
 }  // namespace qx

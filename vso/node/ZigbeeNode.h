@@ -213,7 +213,8 @@ class ZigbeeNode {
   /// The clock: local time in microseconds.
   static BPosixTime localtime() { return EventHistogram::localtime(); }
   /// Says when the server started, in seconds since 1970: with it the reset times of new nodes begin, in UTC although
-  /// all other times are local. To be called once, before there are nodes; until then they begin with no time at all.
+  /// all other times are local. To be called once, before there are nodes; until then they begin with no time at all. A
+  /// time before 1400 or after 9999 counts as the first or the last of these years.
   static void vessoriStartTime(long seconds);
   static BPosixTime vessoriStartTime_;
 
@@ -267,7 +268,7 @@ class ZigbeeNode {
   static constexpr int REBOOT_QUALITY_YELLOW = 20;
   static constexpr int ROUTE_QUALITY_GREEN = 50;
   static constexpr int ROUTE_QUALITY_YELLOW = 300;
-  static constexpr int REBOOT_WINDOW_SIZE = 7;
+  static constexpr int REBOOT_WINDOW_SIZE = RebootHistogram::WINDOW_SIZE;
 
   // Names of the metrics.
   static const std::string REBOOT_COUNT;
@@ -349,10 +350,12 @@ class ZigbeeNode {
 
   // Serial forms. The health report is in none of them.
 
-  /// Caller owns the result. Times are cut to seconds, and bytes that are not UTF-8 become U+FFFD.
+  /// Caller owns the result. Times are cut to seconds, and these to 32 bits; special times come back as dates. Bytes
+  /// that are not UTF-8 become U+FFFD.
   pb::ZigbeeNodePBuf* toProtobuf() const;
   /// Takes all fields, wider ones cut to their low bits; what is absent takes the default of the message, not that of a
-  /// new node. True if any part failed; the others are taken all the same. Throws what `triboolFromProtobuf` throws.
+  /// new node. True if any part failed; the others are taken all the same. Throws what `triboolFromProtobuf` throws,
+  /// with the rows of the table behind the bad one blank and the fields behind that table as they were.
   bool fromProtobuf(const pb::ZigbeeNodePBuf& message);
   /// A report, in an order of its own and without the start times of the histograms: there is no way back.
   void toXml(XmlWriter& writer, const std::string& name) const;

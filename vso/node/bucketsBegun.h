@@ -8,6 +8,8 @@ namespace qx::detail {
 /// What a histogram's buckets are.
 struct BucketWidth {
   static constexpr long long TICKS_A_SECOND = 1000000;
+  static_assert(boost::posix_time::time_duration::rep_type::res_adjust() == TICKS_A_SECOND,
+                "times are in microseconds");
 
   long long seconds;
   /// A rest below this part of a bucket does not count as a new one.

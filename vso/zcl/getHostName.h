@@ -5,7 +5,7 @@
 
 namespace qx {
 
-/// As the system gives it; empty if it gives none of less than 80 characters.
+/// As the system gives it, which cuts it after 79 characters; empty if it gives none.
 std::string getHostName();
 
 }  // namespace qx
