@@ -21,7 +21,7 @@ using BPosixTime = boost::posix_time::ptime;
 ///
 /// No operation reads the clock but construction, `windowSize(unsigned int)` and `reset`; the caller says what time it
 /// is. The clock may go back: what was counted in the buckets of the future stays until they come round. With a time
-/// more than a bucket before the start everything counted is dropped (its bucket number wraps round at 32 bits).
+/// a bucket or more before the start everything counted is dropped (its bucket number wraps round at 32 bits).
 ///
 /// A window of 0 buckets, as a message may bring it, counts nothing and has a rate of 0. Not for use from several
 /// threads at once: `rate` and `quality` change it too.

@@ -354,8 +354,8 @@ class ZigbeeNode {
   /// that are not UTF-8 become U+FFFD.
   pb::ZigbeeNodePBuf* toProtobuf() const;
   /// Takes all fields, wider ones cut to their low bits; what is absent takes the default of the message, not that of a
-  /// new node. True if any part failed; the others are taken all the same. Throws what `triboolFromProtobuf` throws,
-  /// with the rows of the table behind the bad one blank and the fields behind that table as they were.
+  /// new node. True if any part failed; the others are taken all the same. Throws what `triboolFromProtobuf`
+  /// throws: the bad row is then the last of its table, and the fields behind the table are as they were.
   bool fromProtobuf(const pb::ZigbeeNodePBuf& message);
   /// A report, in an order of its own and without the start times of the histograms: there is no way back.
   void toXml(XmlWriter& writer, const std::string& name) const;
