@@ -92,7 +92,7 @@ bool ZigbeeNode::fromProtobuf(const pb::ZigbeeNodePBuf& message) {
   reboots_reset_time = posixTimeFromProtobuf(message.rebootsresettime());
   boot_count_ = static_cast<unsigned short>(message.bootcount());
   failed |= reboots_histogram_.fromProtobuf(message.rebootshistogram());
-  failed |= detail::listFromProtobuf(routes, SourceRoute::INVALID, message.sourceroutes());
+  failed |= detail::listFromProtobufOneByOne(routes, SourceRoute::INVALID, message.sourceroutes());
   updating_ = message.updating();
   update_percentage_ = static_cast<unsigned char>(message.updatepercentage());
   device_type_ = static_cast<unsigned char>(message.devicetype());
@@ -128,9 +128,9 @@ bool ZigbeeNode::fromProtobuf(const pb::ZigbeeNodePBuf& message) {
   has_tx_lqi_ = message.hastxlqi();
   radio_bars_ = static_cast<unsigned char>(message.radiobars());
   has_radio_bars_ = message.hasradiobars();
-  failed |= detail::listFromProtobuf(hops_, Hop::INVALID, message.hops());
-  failed |= detail::listFromProtobuf(mto_routes_, Route::INVALID, message.mtoroutes());
-  failed |= detail::listFromProtobuf(ap_table_, AccessPoint::INVALID, message.aptable());
+  failed |= detail::listFromProtobufOneByOne(hops_, Hop::INVALID, message.hops());
+  failed |= detail::listFromProtobufOneByOne(mto_routes_, Route::INVALID, message.mtoroutes());
+  failed |= detail::listFromProtobufOneByOne(ap_table_, AccessPoint::INVALID, message.aptable());
   energy_levels_.clear();
   for (const int level : message.energylevels()) energy_levels_.push_back(static_cast<signed char>(level));
   has_battery_level_ = message.hasbatterylevel();

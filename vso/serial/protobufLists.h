@@ -12,11 +12,22 @@ void listToProtobuf(const List& list, google::protobuf::RepeatedPtrField<Message
   for (const auto& item : list) field->AddAllocated(item.toProtobuf());
 }
 
-/// Replaces `list` by one item for each message of `field`, a copy of `blank` that then reads the message. True if any
-/// of them reported a failure; one that throws leaves the list with itself as the last item.
+/// Replaces `list` by as many copies of `blank` as `field` has messages, and reads one message into each. True if any
+/// of them reported a failure. One that throws leaves blanks behind it.
 template <typename List, typename Message>
 bool listFromProtobuf(List& list, const typename List::value_type& blank,
                       const google::protobuf::RepeatedPtrField<Message>& field) {
+  list.assign(static_cast<typename List::size_type>(field.size()), blank);
+  bool failed = false;
+  auto message = field.begin();
+  for (auto& item : list) failed |= item.fromProtobuf(*message++);
+  return failed;
+}
+
+/// The same one by one: an item that throws is the last of the list.
+template <typename List, typename Message>
+bool listFromProtobufOneByOne(List& list, const typename List::value_type& blank,
+                              const google::protobuf::RepeatedPtrField<Message>& field) {
   list.clear();
   bool failed = false;
   for (const Message& message : field) {

@@ -71,16 +71,31 @@ struct Rest {
 // A rest counts if the single nearest to the duration has a fraction of at least 0.000001, so the border is half way
 // from the last single with less to the first with more.
 constexpr Rest RESTS[] = {
-    {1, 1, 1},           {1, 50000, 1},       {1, 86400, 1},  // 0.000001 days, of which the single has 0.00000095
-    {1, 87547, 1},                                            // 8.5 * 2^-23 days are 87547.3 microseconds
-    {1, 87548, 2},       {1, 100000, 2},      {2, 0, 2},           {2, 92697, 2},  // 4.5 * 2^-22 days are 92697.1
-                                                                                   // microseconds
-    {2, 92698, 3},       {4, 102996, 4},  // 2.5 * 2^-21 days are 102996.8 microseconds
-    {4, 102997, 5},      {6, 102996, 6},      {6, 102997, 7},      {8, 123596, 8},  // 1.5 * 2^-20 days are 123596.2
-                                                                                    // microseconds
-    {8, 123597, 9},      {16, 82397, 16},   // 0.5 * 2^-19 days are 82397.5 microseconds
-    {16, 82398, 17},     {32, 164794, 32},  // 0.5 * 2^-18 days are 164794.9 microseconds
-    {32, 164795, 33},    {1, 43200000000, 2}, {2, 86399000000, 3}, {365, 0, 365},  {365, 3600000000, 366},
+    {1, 1, 1},
+    {1, 50000, 1},
+    {1, 86400, 1},  // 0.000001 days, of which the single has 0.00000095
+    {1, 87547, 1},  // 8.5 * 2^-23 days are 87547.3 microseconds
+    {1, 87548, 2},
+    {1, 100000, 2},
+    {2, 0, 2},
+    {2, 92697, 2},  // 4.5 * 2^-22 days are 92697.1
+                    // microseconds
+    {2, 92698, 3},
+    {4, 102996, 4},  // 2.5 * 2^-21 days are 102996.8 microseconds
+    {4, 102997, 5},
+    {6, 102996, 6},
+    {6, 102997, 7},
+    {8, 123596, 8},  // 1.5 * 2^-20 days are 123596.2
+                     // microseconds
+    {8, 123597, 9},
+    {16, 82397, 16},  // 0.5 * 2^-19 days are 82397.5 microseconds
+    {16, 82398, 17},
+    {32, 164794, 32},  // 0.5 * 2^-18 days are 164794.9 microseconds
+    {32, 164795, 33},
+    {1, 43200000000, 2},
+    {2, 86399000000, 3},
+    {365, 0, 365},
+    {365, 3600000000, 366},
     {100000, 0, 100000},
 };
 

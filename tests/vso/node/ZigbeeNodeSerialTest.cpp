@@ -345,6 +345,11 @@ TEST(ZigbeeNodeProtobuf, ThrowsOnTruthsThatAreNone) {
     EXPECT_STREQ(error.what(), "triboolFromProtobuf: invalid tribool");
   }
   EXPECT_EQ(node.product(), "qx:velmarin_sr2");
+  // The rows up to the bad one, and nothing behind it.
+  std::list<Hop> hops;
+  node.getHopList(hops);
+  EXPECT_EQ(hops.size(), 1U);
+  EXPECT_EQ(node.numMtoRoutes(), 0U);
 }
 
 TEST(ZigbeeNodeProtobuf, LeavesTheReportAndLogsNothing) {
