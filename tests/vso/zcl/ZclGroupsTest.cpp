@@ -11,6 +11,7 @@
 #include "support/Bytes.h"
 #include "support/LogCapture.h"
 #include "vso/zcl/Answer.h"
+#include "vso/zcl/BuiltCommand.h"
 #include "vso/zcl/TracedMessage.h"
 
 namespace qx {
@@ -62,14 +63,7 @@ TEST(ZclGroups, ParsesBytesAndText) {
   EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
 }
 
-struct Command {
-  const char* name;
-  void (*build)(ZclGroups&);
-  std::string tail;  ///< Command identifier and payload.
-  std::vector<std::string> calls;
-};
-
-std::ostream& operator<<(std::ostream& out, const Command& row) { return out << row.name; }
+using Command = test::BuiltCommand<ZclGroups>;
 
 const Command COMMANDS[] = {
     {"addGroup",
@@ -122,39 +116,9 @@ class ZclGroupsCommand : public testing::TestWithParam<Command> {};
 INSTANTIATE_TEST_SUITE_P(Commands, ZclGroupsCommand, testing::ValuesIn(COMMANDS),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST_P(ZclGroupsCommand, IsBuiltBehindTheSequenceOfTheConstructor) {
-  ZclGroups frame;
-  frame.setTsn(5);
-  const unsigned char before = ZclMessage::transactionSequenceNumber_;
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "01 05 " + GetParam().tail);
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
-}
-
-TEST_P(ZclGroupsCommand, IsBuiltBehindAManufacturerCode) {
-  ZclGroups frame(bytesOf("05 40 10 05 ff"));
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "05 40 10 05 " + GetParam().tail);
-}
-
-TEST_P(ZclGroupsCommand, ReplacesAnyPayloadAndControlBits) {
-  ZclGroups frame(bytesOf("1a 05 33 01 02 03 04 05 06 07 08"));
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "01 05 " + GetParam().tail);
-}
-
-TEST_P(ZclGroupsCommand, CallsTheVirtualOperationsInOrder) {
-  test::TracedMessage<ZclGroups> frame;
-  GetParam().build(frame);
-  EXPECT_THAT(frame.calls, ElementsAreArray(GetParam().calls));
-}
-
-TEST_P(ZclGroupsCommand, WarnsOfNothing) {
-  const test::LogCapture log;
-  ZclGroups frame;
-  GetParam().build(frame);
-  EXPECT_THAT(log.texts(), IsEmpty());
-}
+TEST_P(ZclGroupsCommand, IsBuiltBehindTheSequenceOfTheConstructor) { expectBuiltBehindTheSequence(GetParam()); }
+TEST_P(ZclGroupsCommand, IsBuiltOverAnyFrame) { expectBuiltOverAnyFrame(GetParam()); }
+TEST_P(ZclGroupsCommand, IsBuiltByItsVirtualOperationsWithoutAWarning) { expectBuiltByItsCalls(GetParam()); }
 
 /// Notes the texts that are appended.
 class NotedStrings : public ZclGroups {

@@ -9,7 +9,7 @@
 
 #include "support/Bytes.h"
 #include "support/LogCapture.h"
-#include "vso/zcl/TracedMessage.h"
+#include "vso/zcl/BuiltCommand.h"
 
 namespace qx {
 namespace {
@@ -47,14 +47,7 @@ TEST(ZclLevelControl, ParsesBytesAndText) {
   EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
 }
 
-struct Command {
-  const char* name;
-  void (*build)(ZclLevelControl&);
-  std::string tail;  ///< Command identifier and payload.
-  std::vector<std::string> calls;
-};
-
-std::ostream& operator<<(std::ostream& out, const Command& row) { return out << row.name; }
+using Command = test::BuiltCommand<ZclLevelControl>;
 
 const Command COMMANDS[] = {
     {"moveToLevel",
@@ -105,39 +98,9 @@ class ZclLevelControlCommand : public testing::TestWithParam<Command> {};
 INSTANTIATE_TEST_SUITE_P(Commands, ZclLevelControlCommand, testing::ValuesIn(COMMANDS),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST_P(ZclLevelControlCommand, IsBuiltBehindTheSequenceOfTheConstructor) {
-  ZclLevelControl frame;
-  frame.setTsn(5);
-  const unsigned char before = ZclMessage::transactionSequenceNumber_;
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "01 05 " + GetParam().tail);
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
-}
-
-TEST_P(ZclLevelControlCommand, IsBuiltBehindAManufacturerCode) {
-  ZclLevelControl frame(bytesOf("05 40 10 05 ff"));
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "05 40 10 05 " + GetParam().tail);
-}
-
-TEST_P(ZclLevelControlCommand, ReplacesAnyPayloadAndControlBits) {
-  ZclLevelControl frame(bytesOf("1a 05 33 01 02 03 04 05 06 07 08"));
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "01 05 " + GetParam().tail);
-}
-
-TEST_P(ZclLevelControlCommand, CallsTheVirtualOperationsInOrder) {
-  test::TracedMessage<ZclLevelControl> frame;
-  GetParam().build(frame);
-  EXPECT_THAT(frame.calls, ElementsAreArray(GetParam().calls));
-}
-
-TEST_P(ZclLevelControlCommand, WarnsOfNothing) {
-  const test::LogCapture log;
-  ZclLevelControl frame;
-  GetParam().build(frame);
-  EXPECT_THAT(log.texts(), testing::IsEmpty());
-}
+TEST_P(ZclLevelControlCommand, IsBuiltBehindTheSequenceOfTheConstructor) { expectBuiltBehindTheSequence(GetParam()); }
+TEST_P(ZclLevelControlCommand, IsBuiltOverAnyFrame) { expectBuiltOverAnyFrame(GetParam()); }
+TEST_P(ZclLevelControlCommand, IsBuiltByItsVirtualOperationsWithoutAWarning) { expectBuiltByItsCalls(GetParam()); }
 
 TEST(ZclLevelControl, LooksAtTheLengthBehindTheFinishedCommand) {
   const test::LogCapture log;

@@ -14,6 +14,7 @@
 #include "support/Bytes.h"
 #include "support/LogCapture.h"
 #include "vso/zcl/Answer.h"
+#include "vso/zcl/BuiltCommand.h"
 #include "vso/zcl/TracedMessage.h"
 
 namespace qx {
@@ -92,14 +93,7 @@ TEST(SceneTableEntry, StoresAnyCluster) {
   EXPECT_EQ(show(entry.extensions), "ffff/01/04 ffff/00/00 ffff/00/00 ffff/00/00");
 }
 
-struct Command {
-  const char* name;
-  void (*build)(ZclScenes&);
-  std::string tail;  ///< Command identifier and payload.
-  std::vector<std::string> calls;
-};
-
-std::ostream& operator<<(std::ostream& out, const Command& row) { return out << row.name; }
+using Command = test::BuiltCommand<ZclScenes>;
 
 const std::vector<std::string> ADD_SCENE_CALLS = {"setFcf(01)", "setCid(00)", "isValidLength()"};
 const SceneExtension EMPTY_SLOT{0xFFFF, 0, 0};
@@ -175,39 +169,9 @@ class ZclScenesCommand : public testing::TestWithParam<Command> {};
 INSTANTIATE_TEST_SUITE_P(Commands, ZclScenesCommand, testing::ValuesIn(COMMANDS),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST_P(ZclScenesCommand, IsBuiltBehindTheSequenceOfTheConstructor) {
-  ZclScenes frame;
-  frame.setTsn(5);
-  const unsigned char before = ZclMessage::transactionSequenceNumber_;
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "01 05 " + GetParam().tail);
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
-}
-
-TEST_P(ZclScenesCommand, IsBuiltBehindAManufacturerCode) {
-  ZclScenes frame(bytesOf("05 40 10 05 ff"));
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "05 40 10 05 " + GetParam().tail);
-}
-
-TEST_P(ZclScenesCommand, ReplacesAnyPayloadAndControlBits) {
-  ZclScenes frame(bytesOf("1a 05 33 01 02 03 04 05 06 07 08"));
-  GetParam().build(frame);
-  EXPECT_EQ(hex(frame), "01 05 " + GetParam().tail);
-}
-
-TEST_P(ZclScenesCommand, CallsTheVirtualOperationsInOrder) {
-  test::TracedMessage<ZclScenes> frame;
-  GetParam().build(frame);
-  EXPECT_THAT(frame.calls, ElementsAreArray(GetParam().calls));
-}
-
-TEST_P(ZclScenesCommand, WarnsOfNothing) {
-  const test::LogCapture log;
-  ZclScenes frame;
-  GetParam().build(frame);
-  EXPECT_THAT(log.texts(), IsEmpty());
-}
+TEST_P(ZclScenesCommand, IsBuiltBehindTheSequenceOfTheConstructor) { expectBuiltBehindTheSequence(GetParam()); }
+TEST_P(ZclScenesCommand, IsBuiltOverAnyFrame) { expectBuiltOverAnyFrame(GetParam()); }
+TEST_P(ZclScenesCommand, IsBuiltByItsVirtualOperationsWithoutAWarning) { expectBuiltByItsCalls(GetParam()); }
 
 /// Notes calls of operations that others are made of.
 class NotedScenes : public ZclScenes {
