@@ -5,6 +5,7 @@
 #include <libxml/xmlreader.h>
 #include <libxml/xmlwriter.h>
 #include <malloc.h>
+#include <sys/resource.h>
 
 #include <cstdlib>
 #include <list>
@@ -517,6 +518,9 @@ void Mesh(benchmark::State& state) {
   }
   state.SetComplexityN(state.range(0));
   state.counters["bytes_a_node"] = static_cast<double>(memory) / count;
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  state.counters["process_peak_kb"] = static_cast<double>(usage.ru_maxrss);
 }
 BENCHMARK(Mesh)->RangeMultiplier(10)->Range(100, 10000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 

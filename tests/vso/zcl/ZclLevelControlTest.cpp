@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,6 @@ namespace {
 using test::bytes;
 using test::bytesOf;
 using test::hex;
-using testing::ElementsAreArray;
 
 TEST(ZclLevelControl, BelongsToItsCluster) {
   EXPECT_EQ(ZclLevelControl().getProfileId(), 0x0104);
