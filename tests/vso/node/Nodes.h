@@ -69,8 +69,10 @@ inline void putSourceRoute(pb::SourceRoutePBuf* message, std::initializer_list<u
 
 inline SourceRoute sourceRouteOf(std::initializer_list<unsigned int> relays, unsigned int failures,
                                  unsigned long long zap, unsigned int zapSid, long long time) {
-  return recordOf<pb::SourceRoutePBuf>(
-      SourceRoute::INVALID, [&](auto& message) { putSourceRoute(&message, relays, failures, zap, zapSid, time); });
+  // Not SourceRoute::INVALID: constants of the tests are made before it may be.
+  return recordOf<pb::SourceRoutePBuf>(SourceRoute(0, Euid(), 0xFFFF), [&](auto& message) {
+    putSourceRoute(&message, relays, failures, zap, zapSid, time);
+  });
 }
 
 inline void putHop(pb::HopPBuf* message, unsigned int neighbor, unsigned long long lid) {
