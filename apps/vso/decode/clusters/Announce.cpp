@@ -12,7 +12,10 @@ void addAnnounceReadings(const U255Buff<unsigned char>& bytes, DecodedFrame& dec
   const QxZclAnnounce frame(bytes);
   if (!frame.isReportAttributes()) return;
   const auto add = [&decoded](bool isThere, const char* name, const Value& value) {
-    if (isThere) decoded.readings.push_back({name, value});
+    if (!isThere) return;
+    NamedValue& reading = decoded.readings.emplace_back();
+    reading.name = name;
+    reading.value = value;
   };
   if (frame.hasDeviceType()) {
     const auto type = static_cast<pb::ZigbeeNodeDeviceTypePEnum>(frame.deviceType());
