@@ -38,13 +38,14 @@ class FrameWriter {
          static_cast<unsigned char>(value >> 16), static_cast<unsigned char>(value >> 24)});
   }
   void bytes(const unsigned char* from, unsigned int count) noexcept {
-    FrameReader in(from, count, count);
-    bytes(in, count);
+    const unsigned int fitting = count < room() ? count : room();
+    if (fitting != 0) std::memcpy(storage_ + at_, from, fitting);
+    at_ += fitting;
+    dropped_ += count - fitting;
   }
   /// Copies the next `count` bytes of `from`, which moves on by all of them; where its storage ends, zeros go out.
   void bytes(FrameReader& from, unsigned int count) noexcept {
-    const unsigned int room = at_ < U255Buff<unsigned char>::CAPACITY ? U255Buff<unsigned char>::CAPACITY - at_ : 0;
-    const unsigned int fitting = count < room ? count : room;
+    const unsigned int fitting = count < room() ? count : room();
     if (fitting != 0) from.bytes(storage_ + at_, fitting);
     from.skip(count - fitting);
     at_ += fitting;
@@ -52,6 +53,9 @@ class FrameWriter {
   }
 
  private:
+  unsigned int room() const noexcept {
+    return at_ < U255Buff<unsigned char>::CAPACITY ? U255Buff<unsigned char>::CAPACITY - at_ : 0;
+  }
   /// Bytes of one number: one test for all of them where they fit.
   template <unsigned int COUNT>
   void put(const unsigned char (&number)[COUNT]) noexcept {

@@ -28,14 +28,6 @@ constexpr unsigned int HARDWARE_VERSION_SIZE = 2;
 constexpr unsigned int BLOCK_PERIOD_SIZE = 2;
 constexpr unsigned int ADDRESS_SIZE = sizeof(OtaNodeAddress);
 
-/// Writes manufacturer code, image type and file version, which stand side by side wherever they stand.
-template <typename Record>
-void writeImage(FrameWriter& out, const Record& record) {
-  out.u16le(record.manufacturerCode);
-  out.u16le(record.imageType);
-  out.u32le(record.fileVersion);
-}
-
 template <typename Record>
 void readImage(FrameReader& in, Record& record) {
   record.manufacturerCode = in.u16le();
@@ -77,17 +69,6 @@ void ZclOtaUpgrade::queryNextImageResponse(const QueryNextImageResponse& respons
     writeImage(out, response);
     out.u32le(response.imageSize);
   }
-  endPayload(out);
-}
-
-void ZclOtaUpgrade::imageBlockResponse(const ImageBlockResponse& response, const unsigned char* data,
-                                       unsigned char size) {
-  FrameWriter out = morePayload();
-  out.u8(response.status);
-  writeImage(out, response);
-  out.u32le(response.fileOffset);
-  out.u8(size);
-  out.bytes(data, size);
   endPayload(out);
 }
 

@@ -54,7 +54,15 @@ class ZclOtaUpgrade : public ZclMessage {
 
   virtual void queryNextImageResponse(const QueryNextImageResponse& response);
   /// `size` bytes of `data` go out, and `size` as their number: the record's `dataSize` is not looked at.
-  virtual void imageBlockResponse(const ImageBlockResponse& response, const unsigned char* data, unsigned char size);
+  virtual void imageBlockResponse(const ImageBlockResponse& response, const unsigned char* data, unsigned char size) {
+    FrameWriter out = morePayload();
+    out.u8(response.status);
+    writeImage(out, response);
+    out.u32le(response.fileOffset);
+    out.u8(size);
+    out.bytes(data, size);
+    endPayload(out);
+  }
   /// A device's command, like `testingImagePageRequest`: a frame made with the command says that it comes from the
   /// server; `setFcf(CLUSTER_SPECIFIC)` makes it the device's.
   virtual void sendUpgradeEndRequest(const UpgradeEndRequest& request);
@@ -86,6 +94,15 @@ class ZclOtaUpgrade : public ZclMessage {
   /// Appends the request, with the address only if `fieldControl` announces it.
   virtual void testingImagePageRequest(ImagePageRequest& request);
   virtual boost::logic::tribool testingUpgradeEndResponse(UpgradeEndResponse& response) const;
+
+ private:
+  /// Writes manufacturer code, image type and file version, which stand side by side wherever they stand.
+  template <typename Record>
+  static void writeImage(FrameWriter& out, const Record& record) {
+    out.u16le(record.manufacturerCode);
+    out.u16le(record.imageType);
+    out.u32le(record.fileVersion);
+  }
 };
 
 }  // namespace qx
