@@ -1,7 +1,6 @@
 // Numbers brought into the range of an int.
 #pragma once
 
-#include <algorithm>
 #include <limits>
 
 namespace qx::detail {

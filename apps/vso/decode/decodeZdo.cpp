@@ -24,11 +24,14 @@ void decodeZdo(const ReceivedFrame& received, DecodedFrame& decoded) {
     header.status = response.status();
   }
   decoded.header = header;
-  if (layout != nullptr) decoded.clusterName = layout->name;
-  const bool isKnown = layout != nullptr;
-  decodePayload(layout, received.bytes, SEQUENCE_SIZE + (header.status && !isKnown ? STATUS_SIZE : 0), decoded);
+  if (layout == nullptr) {
+    decodePayload(nullptr, received.bytes, SEQUENCE_SIZE + (header.status ? STATUS_SIZE : 0), decoded);
+    return;
+  }
+  decoded.clusterName = layout->name;
+  decodePayload(layout, received.bytes, SEQUENCE_SIZE, decoded);
   // The status of a response is in the header.
-  if (header.status && isKnown) decoded.fields.erase(decoded.fields.begin());
+  if (header.status) decoded.fields.erase(decoded.fields.begin());
 }
 
 }  // namespace qx::app
