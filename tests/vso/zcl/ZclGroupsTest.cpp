@@ -12,6 +12,7 @@
 #include "support/LogCapture.h"
 #include "vso/zcl/Answer.h"
 #include "vso/zcl/BuiltCommand.h"
+#include "vso/zcl/ClusterFrames.h"
 #include "vso/zcl/TracedMessage.h"
 
 namespace qx {
@@ -21,30 +22,23 @@ using test::bytes;
 using test::bytesOf;
 using test::digits;
 using test::fields;
+using test::headerLength;
 using test::hex;
+using test::NAME_OF_16;
+using test::NAME_OF_16_HEX;
+using test::RESPONSE_HEADERS;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-const std::string NAME_OF_16 = "0123456789abcdef";
-const std::string NAME_OF_16_HEX = "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66";
 const std::string NAME_OF_17 = NAME_OF_16 + 'g';
-
-/// A response's header up to its command, without and with a manufacturer code.
-const std::string HEADERS[] = {"09 07 ", "0d 40 10 07 "};
-
-unsigned int headerLength(const std::string& header) { return static_cast<unsigned int>(header.size() / 3) + 1; }
 
 TEST(ZclGroups, BelongsToItsCluster) {
   EXPECT_EQ(ZclGroups().getProfileId(), 0x0104);
   EXPECT_EQ(ZclGroups().getClusterId(), 0x0004);
 }
 
-TEST(ZclGroups, IsAClusterFrameWithoutACommandByDefault) {
-  const unsigned char sequence = ZclMessage::transactionSequenceNumber_;
-  EXPECT_EQ(hex(ZclGroups()), hex(bytes({0x01, sequence, 0xFF})));
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, static_cast<unsigned char>(sequence + 1));
-}
+TEST(ZclGroups, IsAClusterFrameWithoutACommandByDefault) { test::expectAClusterFrameByDefault<ZclGroups>(); }
 
 TEST(ZclGroups, TakesACommand) {
   const unsigned char sequence = ZclMessage::transactionSequenceNumber_;
@@ -52,16 +46,7 @@ TEST(ZclGroups, TakesACommand) {
   EXPECT_EQ(ZclMessage::transactionSequenceNumber_, static_cast<unsigned char>(sequence + 1));
 }
 
-TEST(ZclGroups, ParsesBytesAndText) {
-  const unsigned char before = ZclMessage::transactionSequenceNumber_;
-  const ZclGroups fromBytes(bytesOf("05 40 10 07 02"));
-  const ZclGroups fromText(std::string("0540100702"));
-  EXPECT_EQ(hex(fromBytes), "05 40 10 07 02");
-  EXPECT_EQ(hex(fromText), "05 40 10 07 02");
-  EXPECT_TRUE(fromBytes.isManufacturerSpecific());
-  EXPECT_TRUE(fromText.isManufacturerSpecific());
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
-}
+TEST(ZclGroups, ParsesBytesAndText) { test::expectParsesBytesAndText<ZclGroups>(); }
 
 using Command = test::BuiltCommand<ZclGroups>;
 
@@ -267,7 +252,7 @@ INSTANTIATE_TEST_SUITE_P(Responses, ZclGroupsResponse, testing::ValuesIn(RESPONS
 
 TEST_P(ZclGroupsResponse, IsTakenByItsLength) {
   const test::LogCapture log;
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclGroups frame(bytesOf(header + GetParam().command + GetParam().payload));
     const unsigned int least = headerLength(header) + GetParam().least;
     const unsigned int most = headerLength(header) + GetParam().most;
@@ -283,7 +268,7 @@ TEST_P(ZclGroupsResponse, IsTakenByItsLength) {
 
 TEST_P(ZclGroupsResponse, IsTakenByItsCommand) {
   const test::LogCapture log;
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclGroups frame(bytesOf(header + GetParam().command + GetParam().payload));
     frame.length_ = headerLength(header) + 3;  // fits all of them
     const std::string before = hex(frame);
@@ -341,7 +326,7 @@ TEST(ZclGroups, ReadsANamePastTheFramesEnd) {
 }
 
 TEST(ZclGroups, ReadsZerosForANamePastTheStorage) {
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclGroups frame(bytesOf(header + "01 00 02 01 ff"));
     const unsigned int name = headerLength(header) + 4;
     for (unsigned int at = name; at < 255; ++at) frame.contents[at] = 'n';

@@ -9,6 +9,7 @@
 #include "support/Bytes.h"
 #include "support/LogCapture.h"
 #include "vso/zcl/BuiltCommand.h"
+#include "vso/zcl/ClusterFrames.h"
 
 namespace qx {
 namespace {
@@ -23,9 +24,7 @@ TEST(ZclLevelControl, BelongsToItsCluster) {
 }
 
 TEST(ZclLevelControl, IsAClusterFrameWithoutACommandByDefault) {
-  const unsigned char sequence = ZclMessage::transactionSequenceNumber_;
-  EXPECT_EQ(hex(ZclLevelControl()), hex(bytes({0x01, sequence, 0xFF})));
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, static_cast<unsigned char>(sequence + 1));
+  test::expectAClusterFrameByDefault<ZclLevelControl>();
 }
 
 TEST(ZclLevelControl, TakesACommand) {
@@ -34,16 +33,7 @@ TEST(ZclLevelControl, TakesACommand) {
   EXPECT_EQ(ZclMessage::transactionSequenceNumber_, static_cast<unsigned char>(sequence + 1));
 }
 
-TEST(ZclLevelControl, ParsesBytesAndText) {
-  const unsigned char before = ZclMessage::transactionSequenceNumber_;
-  const ZclLevelControl fromBytes(bytesOf("05 40 10 07 02"));
-  const ZclLevelControl fromText(std::string("0540100702"));
-  EXPECT_EQ(hex(fromBytes), "05 40 10 07 02");
-  EXPECT_EQ(hex(fromText), "05 40 10 07 02");
-  EXPECT_TRUE(fromBytes.isManufacturerSpecific());
-  EXPECT_TRUE(fromText.isManufacturerSpecific());
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
-}
+TEST(ZclLevelControl, ParsesBytesAndText) { test::expectParsesBytesAndText<ZclLevelControl>(); }
 
 using Command = test::BuiltCommand<ZclLevelControl>;
 

@@ -15,6 +15,7 @@
 #include "support/Bytes.h"
 #include "support/LogCapture.h"
 #include "vso/zcl/Answer.h"
+#include "vso/zcl/ClusterFrames.h"
 #include "vso/zcl/TracedMessage.h"
 
 namespace qx {
@@ -24,6 +25,7 @@ using test::bytes;
 using test::bytesOf;
 using test::digits;
 using test::fields;
+using test::headerLength;
 using test::hex;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -31,12 +33,8 @@ using testing::IsEmpty;
 
 constexpr unsigned int STORAGE = 255;
 
-unsigned int bytesIn(const std::string& text) { return bytesOf(text).length_; }
-
 /// A request's header up to its command, without and with a manufacturer code.
 const std::string HEADERS[] = {"01 07 ", "05 40 10 07 "};
-
-unsigned int headerLength(const std::string& header) { return bytesIn(header) + 1; }
 
 /// A frame with sequence number 5.
 ZclOtaUpgrade numbered(unsigned char commandId) {
@@ -50,11 +48,7 @@ TEST(ZclOtaUpgrade, BelongsToItsCluster) {
   EXPECT_EQ(ZclOtaUpgrade().getClusterId(), 0x0019);
 }
 
-TEST(ZclOtaUpgrade, IsAClusterFrameWithoutACommandByDefault) {
-  const unsigned char sequence = ZclMessage::transactionSequenceNumber_;
-  EXPECT_EQ(hex(ZclOtaUpgrade()), hex(bytes({0x01, sequence, 0xFF})));
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, static_cast<unsigned char>(sequence + 1));
-}
+TEST(ZclOtaUpgrade, IsAClusterFrameWithoutACommandByDefault) { test::expectAClusterFrameByDefault<ZclOtaUpgrade>(); }
 
 TEST(ZclOtaUpgrade, BeginsACommandOfTheServer) {
   const unsigned char sequence = ZclMessage::transactionSequenceNumber_;
@@ -87,16 +81,7 @@ TEST(ZclOtaUpgrade, CutsAListOfAttributesThatDoesNotFit) {
   EXPECT_EQ(log.count(log4cplus::WARN_LOG_LEVEL), 1U);
 }
 
-TEST(ZclOtaUpgrade, ParsesBytesAndText) {
-  const unsigned char before = ZclMessage::transactionSequenceNumber_;
-  const ZclOtaUpgrade fromBytes(bytesOf("05 40 10 07 02"));
-  const ZclOtaUpgrade fromText(std::string("0540100702"));
-  EXPECT_EQ(hex(fromBytes), "05 40 10 07 02");
-  EXPECT_EQ(hex(fromText), "05 40 10 07 02");
-  EXPECT_TRUE(fromBytes.isManufacturerSpecific());
-  EXPECT_TRUE(fromText.isManufacturerSpecific());
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
-}
+TEST(ZclOtaUpgrade, ParsesBytesAndText) { test::expectParsesBytesAndText<ZclOtaUpgrade>(); }
 
 // What the builders append.
 

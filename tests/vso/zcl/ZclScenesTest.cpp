@@ -15,6 +15,7 @@
 #include "support/LogCapture.h"
 #include "vso/zcl/Answer.h"
 #include "vso/zcl/BuiltCommand.h"
+#include "vso/zcl/ClusterFrames.h"
 #include "vso/zcl/TracedMessage.h"
 
 namespace qx {
@@ -23,40 +24,23 @@ namespace {
 using test::bytes;
 using test::bytesOf;
 using test::fields;
+using test::headerLength;
 using test::hex;
+using test::NAME_OF_16;
+using test::NAME_OF_16_HEX;
+using test::RESPONSE_HEADERS;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
-
-const std::string NAME_OF_16 = "0123456789abcdef";
-const std::string NAME_OF_16_HEX = "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66";
-
-/// A response's header up to its command, without and with a manufacturer code.
-const std::string HEADERS[] = {"09 07 ", "0d 40 10 07 "};
-
-unsigned int headerLength(const std::string& header) { return static_cast<unsigned int>(header.size() / 3) + 1; }
 
 TEST(ZclScenes, BelongsToItsCluster) {
   EXPECT_EQ(ZclScenes().getProfileId(), 0x0104);
   EXPECT_EQ(ZclScenes().getClusterId(), 0x0005);
 }
 
-TEST(ZclScenes, IsAClusterFrameWithoutACommandByDefault) {
-  const unsigned char sequence = ZclMessage::transactionSequenceNumber_;
-  EXPECT_EQ(hex(ZclScenes()), hex(bytes({0x01, sequence, 0xFF})));
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, static_cast<unsigned char>(sequence + 1));
-}
+TEST(ZclScenes, IsAClusterFrameWithoutACommandByDefault) { test::expectAClusterFrameByDefault<ZclScenes>(); }
 
-TEST(ZclScenes, ParsesBytesAndText) {
-  const unsigned char before = ZclMessage::transactionSequenceNumber_;
-  const ZclScenes fromBytes(bytesOf("05 40 10 07 02"));
-  const ZclScenes fromText(std::string("0540100702"));
-  EXPECT_EQ(hex(fromBytes), "05 40 10 07 02");
-  EXPECT_EQ(hex(fromText), "05 40 10 07 02");
-  EXPECT_TRUE(fromBytes.isManufacturerSpecific());
-  EXPECT_TRUE(fromText.isManufacturerSpecific());
-  EXPECT_EQ(ZclMessage::transactionSequenceNumber_, before);
-}
+TEST(ZclScenes, ParsesBytesAndText) { test::expectParsesBytesAndText<ZclScenes>(); }
 
 /// "0006/01/01 ffff/00/00 ...": the slots.
 std::string show(const SceneExtensions& slots) {
@@ -420,7 +404,7 @@ INSTANTIATE_TEST_SUITE_P(Responses, ZclScenesResponse, testing::ValuesIn(RESPONS
 
 TEST_P(ZclScenesResponse, IsTakenByItsLength) {
   const test::LogCapture log;
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclScenes frame(bytesOf(header + GetParam().command + PAYLOAD));
     const unsigned int least = headerLength(header) + GetParam().least;
     const unsigned int most = headerLength(header) + GetParam().most;
@@ -441,7 +425,7 @@ TEST_P(ZclScenesResponse, IsTakenByItsLength) {
 
 TEST_P(ZclScenesResponse, IsTakenByItsCommand) {
   const test::LogCapture log;
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclScenes frame(bytesOf(header + GetParam().command + PAYLOAD));
     frame.length_ = headerLength(header) + GetParam().least;
     const unsigned char own = frame.commandIdentifier();
@@ -502,7 +486,7 @@ TEST(ZclScenesMembership, IsReadPastTheFramesEnd) {
 }
 
 TEST(ZclScenesMembership, IsZerosPastTheStorage) {
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclScenes frame(bytesOf(header + "06 00 fe 02 01 ff"));
     const unsigned int first = headerLength(header) + 5;
     std::fill(frame.contents + first, frame.contents + 255, 0x5A);
@@ -531,7 +515,7 @@ TEST(ZclScenesView, DependsOnTheLengthAlone) {
       {10, "true 00 0102 03 0405 '' " + slot},
       {11, "true 00 0102 03 0405 '' " + slot},
   };
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclScenes frame(bytesOf(header + "01 00 02 01 03 05 04 00 06 00 01 07"));
     for (const auto& [length, text] : expected) {
       frame.length_ = headerLength(header) + length;
@@ -604,7 +588,7 @@ TEST(ZclScenesView, ReadsANamePastTheFramesEnd) {
 }
 
 TEST(ZclScenesView, ReadsZerosForANamePastTheStorage) {
-  for (const std::string& header : HEADERS) {
+  for (const std::string& header : RESPONSE_HEADERS) {
     ZclScenes frame(bytesOf(header + "01 00 02 01 03 05 04 ff"));
     const unsigned int name = headerLength(header) + 7;
     std::fill(frame.contents + name, frame.contents + 255, 'n');
