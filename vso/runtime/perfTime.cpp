@@ -1,0 +1,86 @@
+#include "vso/runtime/perfTime.h"
+
+#include <log4cplus/logger.h>
+#include <sys/time.h>
+
+#include <boost/smart_ptr/make_shared.hpp>
+#include <boost/smart_ptr/shared_ptr.hpp>
+#include <cstdarg>
+#include <cstdint>
+#include <map>
+
+#include "qxlogger/Logger.h"
+
+namespace qx {
+
+namespace {
+
+const log4cplus::Logger logger = log4cplus::Logger::getRoot();
+
+/// What is known of one point. Times in microseconds.
+struct perf_time_struct {
+  timeval start{};
+  /// Samples since the last report.
+  std::uint16_t count = 0;
+  /// The count that must be exceeded before a report.
+  std::uint16_t frequency = 0;
+  std::uint32_t average = 0;
+  std::uint32_t maximum = 0;
+  /// 0 before the first sample.
+  std::uint32_t minimum = 0;
+};
+
+std::map<std::string, boost::shared_ptr<perf_time_struct>>& points() {
+  static std::map<std::string, boost::shared_ptr<perf_time_struct>> byName;
+  return byName;
+}
+
+timeval presentTime() {
+  timeval now{};
+  ::gettimeofday(&now, nullptr);
+  return now;
+}
+
+std::uint32_t microsecondsBetween(const timeval& start, const timeval& end) {
+  constexpr std::uint32_t SECOND = 1'000'000;
+  return static_cast<std::uint32_t>(end.tv_sec - start.tv_sec) * SECOND +
+         static_cast<std::uint32_t>(end.tv_usec - start.tv_usec);
+}
+
+[[gnu::format(printf, 1, 2)]] void logInfo(const char* format, ...) {
+  std::va_list args;
+  va_start(args, format);
+  Logger::levelImpl(logger, log4cplus::INFO_LOG_LEVEL, format, args);
+  va_end(args);
+}
+
+}  // namespace
+
+void startPerfTime(const std::string& name, unsigned short frequency) {
+  boost::shared_ptr<perf_time_struct>& point = points()[name];
+  if (!point) {
+    point = boost::make_shared<perf_time_struct>();
+    point->frequency = frequency;
+  }
+  point->start = presentTime();
+}
+
+void endPerfTime(const std::string& name) {
+  const auto found = points().find(name);
+  if (found == points().end()) return;
+  perf_time_struct& point = *found->second;
+  ++point.count;
+  const std::uint32_t sample = microsecondsBetween(point.start, presentTime());
+  if (sample > point.maximum) point.maximum = sample;
+  if (point.minimum == 0 || sample < point.minimum) point.minimum = sample;
+  point.average = point.count == 1 ? sample : (sample + point.average) >> 1;
+  if (point.count <= point.frequency) return;
+  logInfo("PERF: %s AVG: %d MIN: %d MAX: %d", name.c_str(), static_cast<int>(point.average),
+          static_cast<int>(point.minimum), static_cast<int>(point.maximum));
+  point.count = 0;
+  point.average = 0;
+  point.maximum = 0;
+  point.minimum = 0;
+}
+
+}  // namespace qx
