@@ -1,8 +1,13 @@
 // Every public header of the library.
 #pragma once
 
+#include "vso/connectors/LockingQueue.h"
 #include "vso/connectors/OtaUpgradeOperation.h"
 #include "vso/connectors/QxMetricsClient.h"
+#include "vso/connectors/QxnetClient.h"
+#include "vso/connectors/QxnetServer.h"
+#include "vso/connectors/QxnetTcpConnectionQueue.h"
+#include "vso/connectors/QxnetTypes.h"
 #include "vso/connectors/ZigbeeOtaUpgradeOperation.h"
 #include "vso/identifiers/Euid.h"
 #include "vso/identifiers/FrameReader.h"
