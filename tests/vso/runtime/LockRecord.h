@@ -1,0 +1,35 @@
+// What the classes under test do with their locks, in a program whose lockers say so.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace qx::test {
+
+/// Takes note of what the calling thread does, in order.
+struct LockRecord {
+  inline static thread_local std::vector<std::string> events;
+  /// The lines that were noted.
+  inline static thread_local std::vector<int> lines;
+  /// The mutexes that were taken by each name.
+  inline static thread_local std::map<std::string, std::set<const void*>> mutexes;
+  /// Called with each event right when it happens.
+  inline static thread_local std::function<void(const std::string&)> hook;
+
+  static void clear() {
+    events.clear();
+    lines.clear();
+    mutexes.clear();
+    hook = nullptr;
+  }
+
+  static void add(const std::string& event) {
+    events.push_back(event);
+    if (hook) hook(event);
+  }
+};
+
+}  // namespace qx::test

@@ -1,0 +1,76 @@
+#include "ThreadCalls.h"
+
+#include <dlfcn.h>
+#include <pthread.h>
+
+#include <cerrno>
+#include <ctime>
+
+namespace {
+
+using qx::test::ThreadCalls;
+
+/// The definition of `function` that this program's own one stands before.
+template <typename Function>
+Function* next(const char* function) {
+  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, function));
+}
+
+bool mayMake() {
+  if (ThreadCalls::makesLeft == 0) return false;
+  if (ThreadCalls::makesLeft > 0) --ThreadCalls::makesLeft;
+  return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
+  static auto* const make = next<decltype(pthread_mutex_init)>("pthread_mutex_init");
+  if (!mayMake()) return EAGAIN;
+  ++ThreadCalls::alive;
+  return make(mutex, attributes);
+}
+
+int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {
+  static auto* const destroy = next<decltype(pthread_mutex_destroy)>("pthread_mutex_destroy");
+  --ThreadCalls::alive;
+  return destroy(mutex);
+}
+
+int pthread_cond_init(pthread_cond_t* __restrict condition, const pthread_condattr_t* __restrict attributes) noexcept {
+  static auto* const make = next<decltype(pthread_cond_init)>("pthread_cond_init");
+  if (!mayMake()) return EAGAIN;
+  ++ThreadCalls::alive;
+  clockid_t clock = CLOCK_REALTIME;
+  if (attributes != nullptr) ::pthread_condattr_getclock(attributes, &clock);
+  ThreadCalls::clock = clock;
+  return make(condition, attributes);
+}
+
+int pthread_cond_destroy(pthread_cond_t* condition) noexcept {
+  static auto* const destroy = next<decltype(pthread_cond_destroy)>("pthread_cond_destroy");
+  --ThreadCalls::alive;
+  return destroy(condition);
+}
+
+int pthread_cond_wait(pthread_cond_t* __restrict condition, pthread_mutex_t* __restrict mutex) {
+  static auto* const wait = next<decltype(pthread_cond_wait)>("pthread_cond_wait");
+  // With the mutex held: who wants to wake comes after the wait has begun.
+  if (ThreadCalls::watched) ++ThreadCalls::waits;
+  return wait(condition, mutex);
+}
+
+int pthread_cond_broadcast(pthread_cond_t* condition) noexcept {
+  static auto* const wake = next<decltype(pthread_cond_broadcast)>("pthread_cond_broadcast");
+  ++ThreadCalls::wakesOfAll;
+  return wake(condition);
+}
+
+int pthread_cond_signal(pthread_cond_t* condition) noexcept {
+  static auto* const wake = next<decltype(pthread_cond_signal)>("pthread_cond_signal");
+  ++ThreadCalls::wakesOfOne;
+  return wake(condition);
+}
+}
