@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-#include "apps/vso/ProgramRunner.h"
+#include "support/ProgramRunner.h"
 
 namespace qx::app {
 namespace {

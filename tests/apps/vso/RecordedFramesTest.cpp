@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-#include "apps/vso/ProgramRunner.h"
+#include "support/ProgramRunner.h"
 
 namespace qx::app {
 namespace {

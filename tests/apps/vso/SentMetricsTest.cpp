@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/vso/ProgramRunner.h"
+#include "support/ProgramRunner.h"
 #include "support/UdpReceiver.h"
 #include "vso/zcl/getHostName.h"
 

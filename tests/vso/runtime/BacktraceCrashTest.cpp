@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/vso/ProgramRunner.h"
+#include "support/ProgramRunner.h"
 
 namespace qx::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/vso/ProgramRunner.h"
+#include "support/ProgramRunner.h"
 #include "apps/vso/encode/CommandRow.h"
 
 namespace qx::app {

@@ -1,4 +1,4 @@
-#include "apps/vso/ProgramRunner.h"
+#include "support/ProgramRunner.h"
 
 #include <fcntl.h>
 #include <poll.h>
