@@ -19,7 +19,7 @@ class ElapsedTimer {
 
   /// Idle, without a duration. Throws boost::thread_resource_error if a mutex cannot be made.
   ElapsedTimer() = default;
-  /// Idle. Throws std::runtime_error, "Invalid timer duration", for 0 and for more than MAX_DURATION.
+  /// Idle. Throws likewise, and std::runtime_error, "Invalid timer duration", for 0 and for more than MAX_DURATION.
   explicit ElapsedTimer(unsigned int milliseconds);
 
   ElapsedTimer(const ElapsedTimer&) = delete;

@@ -29,7 +29,12 @@ void OneShotLog::log(const std::string& key, int level, const char* format, ...)
   logged_.push_back(key);
   std::va_list args;
   va_start(args, format);
-  Logger::levelImpl(logger, level, format, args);
+  try {
+    Logger::levelImpl(logger, level, format, args);
+  } catch (...) {
+    va_end(args);
+    throw;
+  }
   va_end(args);
 }
 

@@ -10,6 +10,11 @@ namespace qx {
 
 namespace {
 
+// They stand among the control flags, as do the bits beside them.
+static_assert(B110 == 3 && B300 == 7 && B1200 == 9 && B2400 == 11 && B4800 == 12 && B9600 == 13 && B19200 == 14 &&
+                  B38400 == 15 && B57600 == 4097 && B115200 == 4098,
+              "the numbers of the speeds are those of the control flags");
+
 constexpr unsigned int OPTIONS = Xfile::READ | Xfile::WRITE | Xfile::NO_CONTROLLING_TERMINAL;
 
 void require(int result, const char* failure) {
@@ -29,7 +34,7 @@ void SerialPipe::open() {
 
 void SerialPipe::setParams(const std::string& name, Xspeed speed, unsigned char dataBits, XstopBits stopBits,
                            Xparity parity) {
-  rename(name, OPTIONS);
+  reassign(name, OPTIONS);
   speed_ = speed;
   dataBits_ = dataBits;
   stopBits_ = stopBits;

@@ -7,7 +7,8 @@
 
 namespace qx {
 
-/// Bits a second on the line. Any other number counts as 19200.
+/// Bits a second on the line. Any other number runs as 19200, but `SerialPipe::init` throws for those that the system
+/// refuses as an input speed, such as 1000.
 enum Xspeed : int {
   XSPEED_110 = 0,
   XSPEED_300 = 1,

@@ -84,7 +84,7 @@ int Xfile::transmorgrifyOpts(unsigned int options) {
   return flags;
 }
 
-void Xfile::rename(const std::string& name, unsigned int options) {
+void Xfile::reassign(const std::string& name, unsigned int options) {
   name_ = checked(name);
   options_ = options;
 }

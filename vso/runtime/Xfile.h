@@ -28,13 +28,13 @@ class Xfile {
   /// std::runtime_error, "Unable to open Xfile: " and the name; `errno` is not kept. An open file is to be closed
   /// first: its descriptor would be lost.
   virtual void open();
-  /// Takes the exclusive lock of the file (`flock`) if no other process has it, and never waits for it. 0, or -1 with
-  /// `errno` set.
+  /// Takes the exclusive lock of the file (`flock`), for as long as it is open, and never waits for it: -1, with
+  /// `errno` set, if the file is locked through another opening of it, by this process or another. 0 otherwise.
   virtual int lock();
   /// Has what was written brought to the device (`fsync`). 0, or -1 with `errno` set.
   virtual int fsync();
   /// Closes an open file; does nothing to a closed one. Throws std::runtime_error, "Could not clean up Xfile: " and the
-  /// name, and keeps the descriptor, if that fails.
+  /// name, and keeps the descriptor, if that fails: an object that is destroyed in that state ends the process.
   virtual void close();
   /// Waits for up to 250 milliseconds for something to read, and then reads up to 255 bytes at once into `buffer`. The
   /// number of bytes, which at the end of the file is 0, with a buffer of length 0. Without anything to read, or if
@@ -56,7 +56,7 @@ class Xfile {
 
  protected:
   /// Replaces name and options for the next `open`. Throws as the constructor does.
-  void rename(const std::string& name, unsigned int options);
+  void reassign(const std::string& name, unsigned int options);
 
  private:
   int handle_ = -1;

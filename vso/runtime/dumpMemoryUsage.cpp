@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <fstream>
 #include <ostream>

@@ -5,11 +5,10 @@
 
 #include <boost/smart_ptr/make_shared.hpp>
 #include <boost/smart_ptr/shared_ptr.hpp>
-#include <cstdarg>
 #include <cstdint>
 #include <map>
 
-#include "qxlogger/Logger.h"
+#include "vso/logging/Log.h"
 
 namespace qx {
 
@@ -30,9 +29,12 @@ struct perf_time_struct {
   std::uint32_t minimum = 0;
 };
 
-std::map<std::string, boost::shared_ptr<perf_time_struct>>& points() {
-  static std::map<std::string, boost::shared_ptr<perf_time_struct>> byName;
-  return byName;
+using Points = std::map<std::string, boost::shared_ptr<perf_time_struct>>;
+
+/// Never destroyed: a sample may end as late as the process does.
+Points& points() {
+  static auto* const byName = new Points;
+  return *byName;
 }
 
 timeval presentTime() {
@@ -47,22 +49,16 @@ std::uint32_t microsecondsBetween(const timeval& start, const timeval& end) {
          static_cast<std::uint32_t>(end.tv_usec - start.tv_usec);
 }
 
-[[gnu::format(printf, 1, 2)]] void logInfo(const char* format, ...) {
-  std::va_list args;
-  va_start(args, format);
-  Logger::levelImpl(logger, log4cplus::INFO_LOG_LEVEL, format, args);
-  va_end(args);
-}
-
 }  // namespace
 
 void startPerfTime(const std::string& name, unsigned short frequency) {
-  boost::shared_ptr<perf_time_struct>& point = points()[name];
-  if (!point) {
-    point = boost::make_shared<perf_time_struct>();
+  auto found = points().find(name);
+  if (found == points().end()) {
+    const auto point = boost::make_shared<perf_time_struct>();
     point->frequency = frequency;
+    found = points().emplace(name, point).first;
   }
-  point->start = presentTime();
+  found->second->start = presentTime();
 }
 
 void endPerfTime(const std::string& name) {
@@ -75,8 +71,10 @@ void endPerfTime(const std::string& name) {
   if (point.minimum == 0 || sample < point.minimum) point.minimum = sample;
   point.average = point.count == 1 ? sample : (sample + point.average) >> 1;
   if (point.count <= point.frequency) return;
-  logInfo("PERF: %s AVG: %d MIN: %d MAX: %d", name.c_str(), static_cast<int>(point.average),
-          static_cast<int>(point.minimum), static_cast<int>(point.maximum));
+  const auto asSigned = [](std::uint32_t microseconds) { return static_cast<int>(microseconds); };
+  VSO_LOG(logger, log4cplus::INFO_LOG_LEVEL,
+          "PERF: " << name << " AVG: " << asSigned(point.average) << " MIN: " << asSigned(point.minimum)
+                   << " MAX: " << asSigned(point.maximum));
   point.count = 0;
   point.average = 0;
   point.maximum = 0;

@@ -33,8 +33,8 @@ std::string getTimeMilli() {
 std::string timeTToStr(long seconds) {
   constexpr long SECONDS_PER_MINUTE = 60;
   constexpr long SECONDS_PER_HOUR = 3600;
-  return padded(seconds / SECONDS_PER_HOUR) + ':' + padded(seconds / SECONDS_PER_MINUTE) +
-         ':' +  // of the whole duration, as its readers expect
+  // The minutes are not reduced: those who read it expect them of the whole duration.
+  return padded(seconds / SECONDS_PER_HOUR) + ':' + padded(seconds / SECONDS_PER_MINUTE) + ':' +
          padded(seconds % SECONDS_PER_MINUTE);
 }
 

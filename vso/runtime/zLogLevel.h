@@ -8,7 +8,7 @@ namespace qx {
 void zLogLevel(int level);
 
 /// The level that `zLogLevel` set last, as a number of log4cplus. Before any it is 20000, info, whatever the logger was
-/// set to by others.
+/// set to by others. For the thread that sets it.
 int zGetLogLevel();
 
 }  // namespace qx
