@@ -96,6 +96,10 @@ class StreamServer : public AcceptorPolicy,
   using Connections = boost::bimap<ConnectionPtr, std::uint32_t>;
 
   void accept();
+  bool isPending(const ConnectionPtr& connection) const {
+    const Lock lock(acceptMutex_);
+    return isAccepting_ && pendingConnection_ == connection;
+  }
   void handleConnectionData(ConnectionPtr connection, const std::string& data);
   void handleConnectionState(ConnectionPtr connection, ConnectionState state, ConnectionState previousState,
                              ConnectionOperation operation, const ErrorCode& error);
@@ -133,6 +137,7 @@ void StreamServer<AcceptorPolicy, Connection>::stop() {
     const Lock lock(acceptMutex_);
     isAccepting_ = false;
     this->closeAcceptor(false);
+    pendingConnection_.reset();  // it may have been accepted by now
   }
   std::vector<ConnectionPtr> connections;
   {
@@ -156,10 +161,11 @@ void StreamServer<AcceptorPolicy, Connection>::accept() {
   const auto self = this->shared_from_this();
   if (!isAccepting_) return;
   this->acceptor_.async_accept(connection->socket(), [self, connection](const ErrorCode& error) {
-    {
-      // A connection that was accepted while the server was stopped and started again is nobody's.
-      const Lock pendingLock(self->acceptMutex_);
-      if (!error && self->pendingConnection_ != connection) return;
+    if (!error && !self->isPending(connection)) {
+      // Accepted before the server was stopped, and nobody's.
+      ErrorCode ignored;
+      connection->socket().close(ignored);
+      return;
     }
     self->handleAccept(error);
   });
@@ -180,19 +186,14 @@ void StreamServer<AcceptorPolicy, Connection>::handleAccept(const ErrorCode& err
   ConnectionPtr connection;
   {
     const Lock lock(acceptMutex_);
-    // Stopped since: the connection goes with its last pointer.
     if (!isAccepting_) return;
     connection = pendingConnection_;
     const Lock connectionsLock(connectionsMutex_);
     connections_.insert(typename Connections::value_type(connection, connectionHash(connection)));
   }
   connection->start();
-  {
-    const Lock lock(acceptMutex_);
-    // Stopped, or stopped and started again.
-    if (!isAccepting_ || pendingConnection_ != connection) return;
-  }
-  accept();
+  // Not if the server has been stopped since, or stopped and started.
+  if (isPending(connection)) accept();
 }
 
 template <typename AcceptorPolicy, typename Connection>
@@ -205,10 +206,18 @@ void StreamServer<AcceptorPolicy, Connection>::handleConnectionState(ConnectionP
                                                                      ConnectionState previousState,
                                                                      ConnectionOperation operation,
                                                                      const ErrorCode& error) {
-  handleState(connection, state, previousState, operation, error);
-  if (state != CONNECTION_CLOSED) return;
-  const Lock lock(connectionsMutex_);
-  connections_.left.erase(connection);
+  const auto leaveTable = [&] {
+    if (state != CONNECTION_CLOSED) return;
+    const Lock lock(connectionsMutex_);
+    connections_.left.erase(connection);
+  };
+  try {
+    handleState(connection, state, previousState, operation, error);
+  } catch (...) {
+    leaveTable();
+    throw;
+  }
+  leaveTable();
 }
 
 template <typename AcceptorPolicy, typename Connection>

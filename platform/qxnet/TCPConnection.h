@@ -62,9 +62,9 @@ class TCPConnection : public boost::enable_shared_from_this<TCPConnection> {
 
   ConnectionState state() const noexcept { return state_.load(std::memory_order_acquire); }
 
-  /// Reads once: up to and including the next `delimiter`, and hands that to the data callback. One call asks for one
-  /// line; calls while a read is under way come to one more, whose delimiter is that of the last call. Does nothing
-  /// unless the connection is open. Throws std::invalid_argument if `delimiter` is empty.
+  /// Reads once: up to and including the next `delimiter`, and hands that to the data callback. One read is under way
+  /// at a time: a call while one is changes nothing but its delimiter. Does nothing unless the connection is open.
+  /// Throws std::invalid_argument if `delimiter` is empty.
   ///
   /// If the peer has closed its side, the connection ends when all lines before have been read: at once, or
   /// CONNECTION_CLOSING until what is still to be sent has been.
