@@ -15,8 +15,11 @@
 // The sanitizers' allocators, which have this function, stand in place of the C library's.
 extern "C" [[gnu::weak]] std::size_t __sanitizer_get_current_allocated_bytes();
 
-namespace qx::test {
+namespace qx {
 namespace {
+
+using test::allocationsOf;
+using test::mallocCalls;
 
 /// Bytes of the heap in use, however they were allocated.
 std::size_t heapInUse() {
@@ -91,4 +94,4 @@ TEST(BacktraceAllocation, IsGivenBackByADump) {
 }
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

@@ -10,9 +10,11 @@
 
 #include "support/ProgramRunner.h"
 
-namespace qx::test {
+namespace qx {
 namespace {
 
+using test::Outcome;
+using test::runProgram;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -101,4 +103,4 @@ INSTANTIATE_TEST_SUITE_P(Signals, BacktraceRaisedSignal,
                                          Raised{SIGUSR1, "Unknown signal"}));
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

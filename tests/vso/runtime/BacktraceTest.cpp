@@ -5,21 +5,28 @@
 
 #include <algorithm>
 #include <boost/thread/exceptions.hpp>
+#include <functional>
 #include <iomanip>
 #include <limits>
+#include <memory>
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <streambuf>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
 #include "tests/vso/runtime/ControlledSystem.h"
+#include "tests/vso/runtime/Threads.h"
+#include "tests/vso/runtime/WatchedBuffer.h"
 
-namespace qx::test {
+namespace qx {
 namespace {
 
+using test::ControlledSystem;
+using test::Elsewhere;
+using test::WatchedBuffer;
 using testing::AnyOf;
 using testing::ElementsAre;
 using testing::Eq;
@@ -168,20 +175,56 @@ TEST(Backtrace, WritesSignalAndTraceBehindWhatStandsInTheStream) {
 }
 
 TEST(Backtrace, KeepsOneOfTheSignalsOfSeveralThreads) {
-  constexpr int THREADS = 4;
   Backtrace backtrace;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < THREADS; ++i) {
-    threads.emplace_back([&backtrace, i] {
-      for (int repeats = 0; repeats < 1000; ++repeats) {
-        backtrace.setSig(20 + i);
-        EXPECT_TRUE(backtrace.sigIsFatal());
-        EXPECT_EQ(dumpedSignal(backtrace), "Unknown signal");
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::onEachThread([&backtrace](int thread) {
+    for (int repeats = 0; repeats < 1000; ++repeats) {
+      backtrace.setSig(20 + thread);
+      EXPECT_TRUE(backtrace.sigIsFatal());
+      EXPECT_EQ(dumpedSignal(backtrace), "Unknown signal");
+    }
+  });
   EXPECT_THAT(backtrace.signal(), AnyOf(20, 21, 22, 23));
+}
+
+TEST(Backtrace, HoldsItsLockWhileItWritesTheSignal) {
+  const std::function<void(Backtrace&)> operations[] = {
+      [](Backtrace& backtrace) { backtrace.setSig(6); },     [](Backtrace& backtrace) { backtrace.signal(); },
+      [](Backtrace& backtrace) { backtrace.sigWasSet(); },   [](Backtrace& backtrace) { backtrace.sigIsFatal(); },
+      [](Backtrace& backtrace) { dumpedSignal(backtrace); }, [](Backtrace& backtrace) { backtrace.reset(); },
+  };
+  for (const auto& operation : operations) {
+    const std::string number = std::to_string(&operation - operations);
+    Backtrace backtrace;
+    std::optional<Elsewhere<void>> other;
+    // "No signal was set" is written first: the lock is to be held from there on.
+    WatchedBuffer buffer([&] {
+      other.emplace([&] { operation(backtrace); });
+      EXPECT_TRUE(other->blocks()) << number;
+    });
+    std::ostream out(&buffer);
+    backtrace.dumpSignal(out);
+    EXPECT_EQ(buffer.str(), "No signal was setUnknown signal");
+    ASSERT_TRUE(other) << number;
+    EXPECT_TRUE(other->ends()) << number;
+  }
+}
+
+TEST(Backtrace, TakesNoLockForTheTrace) {
+  const auto backtrace = std::make_shared<Backtrace>();
+  const std::function<void()> operations[] = {[backtrace] { backtrace->grab(); },
+                                              [backtrace] { backtrace->wasGrabbed(); },
+                                              [backtrace] { dumpedTrace(*backtrace); }};
+  bool asked = false;
+  WatchedBuffer buffer([&] {
+    asked = true;
+    for (const auto& operation : operations) {
+      EXPECT_TRUE(Elsewhere(operation).ends()) << &operation - operations;
+    }
+  });
+  std::ostream out(&buffer);
+  backtrace->dumpSignal(out);  // under the lock
+  EXPECT_TRUE(asked);
+  EXPECT_TRUE(backtrace->wasGrabbed());
 }
 
 TEST(Backtrace, ForgetsSignalAndTraceAtReset) {
@@ -394,4 +437,4 @@ TEST(Backtrace, GrabsARealStackOnce) {
 }
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

@@ -1,9 +1,9 @@
 #include "tests/vso/runtime/ControlledSystem.h"
 
-#include <dlfcn.h>
 #include <execinfo.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/select.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -15,14 +15,20 @@
 #include <cstring>
 #include <ctime>
 
+#include "tests/vso/runtime/NextFunction.h"
+
 namespace {
+
+using qx::test::nextFunction;
 
 thread_local qx::test::ControlledSystem* controlled = nullptr;
 
-/// The C library's function, or that of a sanitizer in front of it. `Function` is the type of a function.
-template <typename Function>
-Function* libraryFunction(const char* name) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+std::vector<int> descriptorsIn(fd_set* set) {
+  std::vector<int> descriptors;
+  for (int descriptor = 0; set != nullptr && descriptor < FD_SETSIZE; ++descriptor) {
+    if (FD_ISSET(descriptor, set)) descriptors.push_back(descriptor);
+  }
+  return descriptors;
 }
 
 /// A file without a name, at its beginning.
@@ -65,6 +71,18 @@ int usleep(useconds_t microseconds) {
   return ::nanosleep(&time, nullptr);
 }
 
+int select(int count, fd_set* __restrict readable, fd_set* __restrict writable, fd_set* __restrict exceptional,
+           timeval* __restrict limit) {
+  if (controlled != nullptr) {
+    controlled->selections.push_back({count, descriptorsIn(readable), descriptorsIn(writable),
+                                      descriptorsIn(exceptional),
+                                      limit != nullptr ? std::optional(*limit) : std::nullopt});
+    if (controlled->selected) return *controlled->selected;
+  }
+  static auto* const choose = nextFunction<int(int, fd_set*, fd_set*, fd_set*, timeval*)>("select");
+  return choose(count, readable, writable, exceptional, limit);
+}
+
 pid_t getpid() noexcept {
   if (controlled != nullptr && controlled->processId) return *controlled->processId;
   return static_cast<pid_t>(::syscall(SYS_getpid));
@@ -80,13 +98,13 @@ std::FILE* fopen64(const char* name, const char* mode) {
       return nullptr;
     }
   }
-  static auto* const open = libraryFunction<std::FILE*(const char*, const char*)>("fopen64");
+  static auto* const open = nextFunction<std::FILE*(const char*, const char*)>("fopen64");
   return open(name, mode);
 }
 
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
   if (controlled != nullptr && controlled->noMutex) return EAGAIN;
-  static auto* const init = libraryFunction<int(pthread_mutex_t*, const pthread_mutexattr_t*)>("pthread_mutex_init");
+  static auto* const init = nextFunction<int(pthread_mutex_t*, const pthread_mutexattr_t*)>("pthread_mutex_init");
   return init(mutex, attributes);
 }
 
@@ -100,14 +118,14 @@ int backtrace(void** frames, int size) {
       return count;
     }
   }
-  static auto* const trace = libraryFunction<int(void**, int)>("backtrace");
+  static auto* const trace = nextFunction<int(void**, int)>("backtrace");
   return trace(frames, size);
 }
 
 char** backtrace_symbols(void* const* frames, int size) noexcept {
   if (controlled != nullptr && controlled->noSymbols) return nullptr;
   if (controlled == nullptr || !controlled->stack) {
-    static auto* const symbols = libraryFunction<char**(void* const*, int)>("backtrace_symbols");
+    static auto* const symbols = nextFunction<char**(void* const*, int)>("backtrace_symbols");
     return symbols(frames, size);
   }
   // One piece, as the caller frees it: the pointers, and behind them the texts.

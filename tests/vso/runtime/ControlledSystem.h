@@ -10,7 +10,7 @@
 
 namespace qx::test {
 
-/// The program that this is linked into has its own gettimeofday, usleep, getpid, fopen64, pthread_mutex_init,
+/// The program that this is linked into has its own gettimeofday, usleep, select, getpid, fopen64, pthread_mutex_init,
 /// backtrace and backtrace_symbols. While an object lives, they do for its thread what its members say; otherwise, and
 /// for what is not set here, they do what the C library does. One object per thread at a time.
 class ControlledSystem {
@@ -26,6 +26,20 @@ class ControlledSystem {
 
   /// The arguments of usleep, which returns at once.
   std::vector<unsigned int> sleeps;
+
+  /// A wait for descriptors.
+  struct Selection {
+    int count;
+    std::vector<int> readable;
+    std::vector<int> writable;
+    std::vector<int> exceptional;
+    std::optional<timeval> limit;
+  };
+
+  /// The arguments of select.
+  std::vector<Selection> selections;
+  /// What select tells, at once.
+  std::optional<int> selected;
 
   /// What getpid tells.
   std::optional<pid_t> processId;

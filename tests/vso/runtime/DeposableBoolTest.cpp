@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "Threads.h"
+#include "tests/vso/runtime/Threads.h"
 
 namespace qx {
 namespace {
@@ -68,7 +68,7 @@ TEST(DeposableBool, IsFalseAndWithoutElectionsByDefault) {
 }
 
 TEST(DeposableBool, IsMadeOfABool) {
-  const DeposableBool flag = true;
+  const DeposableBool flag(true);
   EXPECT_TRUE(reads(flag));
 }
 

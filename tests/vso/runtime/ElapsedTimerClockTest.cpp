@@ -1,18 +1,19 @@
 // The timer to the microsecond.
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <cstdint>
-#include <future>
+#include <memory>
 #include <ostream>
 #include <stdexcept>
 
-#include "FakeClock.h"
+#include "tests/vso/runtime/FakeClock.h"
+#include "tests/vso/runtime/Threads.h"
 #include "vso/runtime/ElapsedTimer.h"
 
 namespace qx {
 namespace {
 
+using test::Elsewhere;
 using test::FakeClock;
 using testing::ThrowsMessage;
 
@@ -65,7 +66,17 @@ INSTANTIATE_TEST_SUITE_P(All, ElapsedTimerDeadline,
 
 class ElapsedTimerClock : public test::ClockTest {
  protected:
-  ElapsedTimer timer_{1000};
+  /// True if no thread is left holding a lock of the timer.
+  bool isFree() const {
+    const Elsewhere asked([timer = shared_] {
+      timer->duration();
+      timer->running();
+    });
+    return asked.ends();
+  }
+
+  const std::shared_ptr<ElapsedTimer> shared_ = std::make_shared<ElapsedTimer>(1000);
+  ElapsedTimer& timer_ = *shared_;
 };
 
 TEST_F(ElapsedTimerClock, RunsFromItsStartNotFromItsMaking) {
@@ -138,20 +149,11 @@ TEST_F(ElapsedTimerClock, GoesByUtcWhereTheLocalTimeIsSetBack) {
   EXPECT_TRUE(elapsesBehind(timer_, HOUR));
 }
 
-/// True if no thread is left holding a lock of `timer`.
-bool isFree(const ElapsedTimer& timer) {
-  const std::future<void> asked = std::async(std::launch::async, [&timer] {
-    timer.duration();
-    timer.running();
-  });
-  return asked.wait_for(std::chrono::seconds(30)) == std::future_status::ready;
-}
-
 TEST_F(ElapsedTimerClock, StaysIdleWhereTheTimeCannotBeConverted) {
   FakeClock::convertible(false);
   EXPECT_THAT([&] { timer_.start(); }, ThrowsMessage<std::runtime_error>(NOT_CONVERTED));
   EXPECT_FALSE(timer_.running());
-  EXPECT_TRUE(isFree(timer_));
+  EXPECT_TRUE(isFree());
   FakeClock::convertible(true);
   timer_.start();
   EXPECT_TRUE(elapsesBehind(timer_, SECOND));
@@ -167,7 +169,7 @@ TEST_F(ElapsedTimerClock, CannotTellWhetherItElapsedWhereTheTimeCannotBeConverte
   EXPECT_THAT(elapsed, ThrowsMessage<std::runtime_error>(NOT_CONVERTED));
   EXPECT_TRUE(timer_.running());
   timer_.start();  // reads no time: it runs
-  EXPECT_TRUE(isFree(timer_));
+  EXPECT_TRUE(isFree());
   FakeClock::convertible(true);
   EXPECT_TRUE(elapsesBehind(timer_, SECOND));
 }

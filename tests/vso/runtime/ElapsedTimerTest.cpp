@@ -8,7 +8,7 @@
 #include <string>
 #include <type_traits>
 
-#include "Threads.h"
+#include "tests/vso/runtime/Threads.h"
 
 namespace qx {
 namespace {
@@ -16,7 +16,8 @@ namespace {
 using testing::AnyOf;
 using testing::ThrowsMessage;
 
-constexpr unsigned int A_DAY = 86'400'000;
+// A day. All else here is told from it.
+static_assert(ElapsedTimer::MAX_DURATION == 86'400'000);
 
 static_assert(!std::is_polymorphic_v<ElapsedTimer>);
 static_assert(!std::is_copy_constructible_v<ElapsedTimer>);
@@ -32,7 +33,7 @@ TEST(ElapsedTimer, IsIdleWithoutADurationByDefault) {
 }
 
 TEST(ElapsedTimer, IsIdleAndElapsedUntilItIsStarted) {
-  for (const unsigned int milliseconds : {1U, 2U, 1000U, A_DAY - 1, A_DAY}) {
+  for (const unsigned int milliseconds : {1U, 2U, 1000U, ElapsedTimer::MAX_DURATION - 1, ElapsedTimer::MAX_DURATION}) {
     const ElapsedTimer timer(milliseconds);
     EXPECT_EQ(timer.duration(), milliseconds);
     EXPECT_FALSE(timer.running());
@@ -41,7 +42,7 @@ TEST(ElapsedTimer, IsIdleAndElapsedUntilItIsStarted) {
 }
 
 TEST(ElapsedTimer, IsNotMadeOfAnInvalidDuration) {
-  for (const unsigned int milliseconds : {0U, A_DAY + 1, 0x80000000U, 0xFFFFFFFFU}) {
+  for (const unsigned int milliseconds : {0U, ElapsedTimer::MAX_DURATION + 1, 0x80000000U, 0xFFFFFFFFU}) {
     EXPECT_THAT([=] { ElapsedTimer timer(milliseconds); }, ThrowsMessage<std::runtime_error>("Invalid timer duration"))
         << milliseconds;
   }
@@ -49,7 +50,8 @@ TEST(ElapsedTimer, IsNotMadeOfAnInvalidDuration) {
 
 TEST(ElapsedTimer, SetReplacesTheDurationWithoutAnUpperLimit) {
   ElapsedTimer timer;
-  for (const unsigned int milliseconds : {5U, 1U, A_DAY, A_DAY + 1, 0xFFFFFFFFU, 7U}) {
+  for (const unsigned int milliseconds :
+       {5U, 1U, ElapsedTimer::MAX_DURATION, ElapsedTimer::MAX_DURATION + 1, 0xFFFFFFFFU, 7U}) {
     timer.set(milliseconds);
     EXPECT_EQ(timer.duration(), milliseconds);
     EXPECT_FALSE(timer.running());
@@ -57,22 +59,22 @@ TEST(ElapsedTimer, SetReplacesTheDurationWithoutAnUpperLimit) {
 }
 
 TEST(ElapsedTimer, SetRefusesZeroWhetherItRunsOrNot) {
-  ElapsedTimer timer(A_DAY);
+  ElapsedTimer timer(ElapsedTimer::MAX_DURATION);
   const auto setZero = [&] { timer.set(0); };
   EXPECT_THAT(setZero, ThrowsMessage<std::runtime_error>("Setting an invalid timer duration"));
   timer.start();
   EXPECT_THAT(setZero, ThrowsMessage<std::runtime_error>("Setting an invalid timer duration"));
-  EXPECT_EQ(timer.duration(), A_DAY);
+  EXPECT_EQ(timer.duration(), ElapsedTimer::MAX_DURATION);
   EXPECT_TRUE(timer.running());
 }
 
 TEST(ElapsedTimer, SetRefusesARunningTimer) {
-  ElapsedTimer timer(A_DAY);
+  ElapsedTimer timer(ElapsedTimer::MAX_DURATION);
   timer.start();
-  for (const unsigned int milliseconds : {1U, A_DAY, 0xFFFFFFFFU}) {
+  for (const unsigned int milliseconds : {1U, ElapsedTimer::MAX_DURATION, 0xFFFFFFFFU}) {
     EXPECT_THAT([&] { timer.set(milliseconds); }, ThrowsMessage<std::runtime_error>("Setting a running timer"));
   }
-  EXPECT_EQ(timer.duration(), A_DAY);
+  EXPECT_EQ(timer.duration(), ElapsedTimer::MAX_DURATION);
   EXPECT_FALSE(timer.elapsed());
   timer.stop();
   timer.set(5);
@@ -80,7 +82,7 @@ TEST(ElapsedTimer, SetRefusesARunningTimer) {
 }
 
 TEST(ElapsedTimer, RunsFromStartToStop) {
-  ElapsedTimer timer(A_DAY);
+  ElapsedTimer timer(ElapsedTimer::MAX_DURATION);
   timer.stop();
   EXPECT_FALSE(timer.running());
   for (int round = 0; round < 2; ++round) {
@@ -92,29 +94,29 @@ TEST(ElapsedTimer, RunsFromStartToStop) {
     timer.stop();
     EXPECT_FALSE(timer.running());
     EXPECT_TRUE(timer.elapsed());
-    EXPECT_EQ(timer.duration(), A_DAY);
+    EXPECT_EQ(timer.duration(), ElapsedTimer::MAX_DURATION);
   }
 }
 
 TEST(ElapsedTimer, IsStartedByManyThreadsAtOnce) {
   for (int round = 0; round < 20; ++round) {
-    ElapsedTimer timer(A_DAY);
+    ElapsedTimer timer(ElapsedTimer::MAX_DURATION);
     test::onEachThread([&](int) {
       timer.start();
       EXPECT_TRUE(timer.running());
       EXPECT_FALSE(timer.elapsed());
-      EXPECT_EQ(timer.duration(), A_DAY);
+      EXPECT_EQ(timer.duration(), ElapsedTimer::MAX_DURATION);
     });
     EXPECT_TRUE(timer.running());
   }
 }
 
 TEST(ElapsedTimer, IsSetStartedStoppedAndAskedAtOnce) {
-  ElapsedTimer timer(A_DAY);
+  ElapsedTimer timer(ElapsedTimer::MAX_DURATION);
   std::atomic<int> refused{0};
   std::atomic<int> done{0};
   test::onEachThread([&](int thread) {
-    const auto mine = A_DAY + static_cast<unsigned int>(thread);
+    const auto mine = ElapsedTimer::MAX_DURATION + static_cast<unsigned int>(thread);
     for (int round = 0; round < 200; ++round) {
       try {
         timer.set(mine);
@@ -124,7 +126,8 @@ TEST(ElapsedTimer, IsSetStartedStoppedAndAskedAtOnce) {
         ++refused;
       }
       timer.start();
-      EXPECT_THAT(timer.duration(), AnyOf(A_DAY, A_DAY + 1, A_DAY + 2, A_DAY + 3));
+      EXPECT_THAT(timer.duration(), AnyOf(ElapsedTimer::MAX_DURATION, ElapsedTimer::MAX_DURATION + 1,
+                                          ElapsedTimer::MAX_DURATION + 2, ElapsedTimer::MAX_DURATION + 3));
       timer.elapsed();
       timer.running();
       timer.stop();

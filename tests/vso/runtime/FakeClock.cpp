@@ -1,12 +1,13 @@
-#include "FakeClock.h"
+#include "tests/vso/runtime/FakeClock.h"
 
-#include <dlfcn.h>
 #include <sys/time.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
+
+#include "tests/vso/runtime/NextFunction.h"
 
 namespace qx::test {
 
@@ -17,12 +18,6 @@ std::atomic<std::int64_t> step{0};
 std::atomic<bool> isConvertible{true};
 std::mutex formatsMutex;
 std::vector<std::string> formatsGiven;
-
-/// The definition of `function` that this program's own one stands before.
-template <typename Function>
-Function* next(const char* function) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, function));
-}
 
 }  // namespace
 
@@ -78,7 +73,7 @@ std::time_t time(std::time_t* now) noexcept {
 
 std::tm* gmtime_r(const std::time_t* __restrict seconds, std::tm* __restrict result) noexcept {
   if (!qx::test::isConvertible) return nullptr;
-  static auto* const convert = qx::test::next<decltype(gmtime_r)>("gmtime_r");
+  static auto* const convert = qx::test::nextFunction<decltype(gmtime_r)>("gmtime_r");
   return convert(seconds, result);
 }
 
@@ -88,7 +83,7 @@ std::size_t strftime(char* __restrict text, std::size_t size, const char* __rest
     const std::lock_guard<std::mutex> lock(qx::test::formatsMutex);
     qx::test::formatsGiven.emplace_back(format);
   }
-  static auto* const write = qx::test::next<decltype(strftime)>("strftime");
+  static auto* const write = qx::test::nextFunction<decltype(strftime)>("strftime");
   return write(text, size, format, time);
 }
 }

@@ -2,9 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <functional>
-#include <future>
+#include <memory>
 #include <ostream>
 #include <set>
 #include <stdexcept>
@@ -12,7 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "LockRecord.h"
+#include "tests/vso/runtime/LockRecord.h"
+#include "tests/vso/runtime/Threads.h"
 #include "vso/runtime/DeposableBool.h"
 #include "vso/runtime/ElapsedTimer.h"
 #include "vso/runtime/ReferencedBool.h"
@@ -21,13 +21,13 @@
 namespace qx {
 namespace {
 
+using test::Elsewhere;
+using test::LockHook;
 using test::LockRecord;
 using testing::Each;
 using testing::Gt;
 using testing::IsEmpty;
 using Events = std::vector<std::string>;
-
-constexpr unsigned int A_DAY = 86'400'000;
 
 Events operator+(Events first, const Events& second) {
   first.insert(first.end(), second.begin(), second.end());
@@ -85,51 +85,51 @@ class DeposableBoolLocks : public testing::Test {
   static Events elections(const Events& inner = {}) { return held("DeposableBool.cpp", "electionsMutex_", inner); }
   static Events value(const Events& inner = {}) { return held("DeposableBool.cpp", "valMutex_", inner); }
 
-  DeposableBool flag_{true};
+  const std::shared_ptr<DeposableBool> flag_ = std::make_shared<DeposableBool>(true);
 };
 
 TEST_F(DeposableBoolLocks, ReadingTakesTheElectionsThenTheValue) {
-  EXPECT_EQ(eventsOf([&] { static_cast<void>(static_cast<bool>(flag_)); }), elections(value()));
+  EXPECT_EQ(eventsOf([&] { static_cast<void>(static_cast<bool>(*flag_)); }), elections(value()));
 }
 
 TEST_F(DeposableBoolLocks, VotesTakeTheElections) {
-  EXPECT_EQ(eventsOf([&] { flag_.elect("a"); }), elections());
-  EXPECT_EQ(eventsOf([&] { flag_.elect("a"); }), elections());
-  EXPECT_EQ(eventsOf([&] { flag_.depose("a"); }), elections());
-  EXPECT_EQ(eventsOf([&] { flag_.depose("a"); }), elections());
+  EXPECT_EQ(eventsOf([&] { flag_->elect("a"); }), elections());
+  EXPECT_EQ(eventsOf([&] { flag_->elect("a"); }), elections());
+  EXPECT_EQ(eventsOf([&] { flag_->depose("a"); }), elections());
+  EXPECT_EQ(eventsOf([&] { flag_->depose("a"); }), elections());
 }
 
 TEST_F(DeposableBoolLocks, MakingAndCopyingTheElectionsTakeNone) {
   EXPECT_THAT(eventsOf([] { DeposableBool(true).getElections(); }), IsEmpty());
-  EXPECT_THAT(eventsOf([&] { flag_.getElections(); }), IsEmpty());
+  EXPECT_THAT(eventsOf([&] { flag_->getElections(); }), IsEmpty());
 }
 
 TEST_F(DeposableBoolLocks, WritingReleasesBothBeforeItTakesTheElectionsForTheNames) {
   RecordingBuffer buffer;
   std::ostream out(&buffer);
-  EXPECT_EQ(eventsOf([&] { out << flag_; }), elections(value({"write VAL: true BOOL: true "})) + elections());
-  flag_.elect("b");
-  flag_.elect("a");
-  EXPECT_EQ(eventsOf([&] { out << flag_; }),
+  EXPECT_EQ(eventsOf([&] { out << *flag_; }), elections(value({"write VAL: true BOOL: true "})) + elections());
+  flag_->elect("b");
+  flag_->elect("a");
+  EXPECT_EQ(eventsOf([&] { out << *flag_; }),
             elections(value({"write VAL: true BOOL: false "})) + elections({"write a b "}));
 }
 
 TEST_F(DeposableBoolLocks, TheNamesWrittenCanBeNewerThanTheValue) {
-  flag_.elect("old");
+  flag_->elect("old");
   RecordingBuffer buffer;
   std::ostream out(&buffer);
-  LockRecord::clear();
   bool changed = false;
-  LockRecord::hook = [&](const std::string& event) {
+  const LockHook hook([&](const std::string& event) {
     if (event != "unlock electionsMutex_" || changed) return;
     changed = true;
     // From another thread, which could not if a lock was held.
-    std::async(std::launch::async, [&] {
-      flag_.depose("old");
-      flag_.elect("new");
-    }).get();
-  };
-  out << flag_;
+    const Elsewhere votes([flag = flag_] {
+      flag->depose("old");
+      flag->elect("new");
+    });
+    EXPECT_TRUE(votes.ends());
+  });
+  out << *flag_;
   EXPECT_EQ(LockRecord::events, elections(value({"write VAL: true BOOL: false "})) + elections({"write new "}));
 }
 
@@ -137,10 +137,10 @@ TEST_F(DeposableBoolLocks, EachNameIsOfOneMutex) {
   RecordingBuffer buffer;
   std::ostream out(&buffer);
   LockRecord::clear();
-  flag_.elect("a");
-  static_cast<void>(static_cast<bool>(flag_));
-  out << flag_;
-  flag_.depose("a");
+  flag_->elect("a");
+  static_cast<void>(static_cast<bool>(*flag_));
+  out << *flag_;
+  flag_->depose("a");
   expectAMutexForEachName(2);
 }
 
@@ -185,7 +185,7 @@ Events exceedTime(const Events& inner = {}) { return held("ElapsedTimer.cpp", "e
 
 class ElapsedTimerLocks : public testing::Test {
  protected:
-  ElapsedTimer timer_{A_DAY};
+  ElapsedTimer timer_{ElapsedTimer::MAX_DURATION};
 };
 
 TEST_F(ElapsedTimerLocks, StartReleasesTheDeadlineBeforeItTakesBoth) {
@@ -234,68 +234,69 @@ TEST_F(ElapsedTimerLocks, EachNameIsOfOneMutex) {
 /// Whether another thread can have the count while the timer does something: its locks alone go through the locker.
 class TimedCountLocks : public testing::Test {
  protected:
-  /// Asks for the count at every place that `operation` notes. True if it was to be had at each.
-  bool isFreeIn(const std::function<void()>& operation, std::chrono::milliseconds patience) {
-    bool free = true;
-    int places = 0;
-    LockRecord::clear();
-    std::vector<std::future<unsigned int>> asked;
-    LockRecord::hook = [&](const std::string& event) {
-      if (event != "at ElapsedTimer.cpp" || !free) return;
-      ++places;
-      asked.push_back(std::async(std::launch::async, [this] { return count_.count(); }));
-      free = asked.back().wait_for(patience) == std::future_status::ready;
-    };
-    operation();
-    LockRecord::hook = nullptr;
-    EXPECT_GT(places, 0);
-    return free;
+  using Asked = std::function<bool(const Elsewhere<unsigned int>&)>;
+
+  /// Asks for the count at every place that `operation` notes. True if `asked` says so of each.
+  bool atEachPlaceOf(const std::function<void()>& operation, const Asked& asked) {
+    std::vector<Elsewhere<unsigned int>> counts;
+    bool all = true;
+    {
+      const LockHook hook([&](const std::string& event) {
+        if (event != "at ElapsedTimer.cpp" || !all) return;
+        counts.emplace_back([count = count_] { return count->count(); });
+        all = asked(counts.back());
+      });
+      operation();
+    }
+    EXPECT_FALSE(counts.empty());
+    for (const Elsewhere<unsigned int>& count : counts) EXPECT_TRUE(count.ends());
+    return all;
   }
 
-  static constexpr std::chrono::milliseconds LONG{30'000};
-  static constexpr std::chrono::milliseconds SHORT{20};
+  bool isFreeIn(const std::function<void()>& operation) {
+    return atEachPlaceOf(operation, [](const auto& count) { return count.ends(); });
+  }
+  bool isHeldIn(const std::function<void()>& operation) {
+    return atEachPlaceOf(operation, [](const auto& count) { return count.blocks(); });
+  }
 
-  TimedCount count_{1, A_DAY};
+  const std::shared_ptr<TimedCount> count_ = std::make_shared<TimedCount>(1, ElapsedTimer::MAX_DURATION);
 };
 
 TEST_F(TimedCountLocks, AnEventStartsTheTimerBeforeItTakesTheCount) {
-  EXPECT_TRUE(isFreeIn([&] { ++count_; }, LONG));
-  EXPECT_TRUE(isFreeIn([&] { ++count_; }, LONG));
-  count_.reset();
-  EXPECT_TRUE(isFreeIn([&] { --count_; }, LONG));
+  EXPECT_TRUE(isFreeIn([&] { ++*count_; }));
+  EXPECT_TRUE(isFreeIn([&] { ++*count_; }));
+  count_->reset();
+  EXPECT_TRUE(isFreeIn([&] { --*count_; }));
 }
 
 TEST_F(TimedCountLocks, TheTimerIsAskedWithoutTheCount) {
-  EXPECT_TRUE(isFreeIn([&] { count_.timeExpired(); }, LONG));
-  EXPECT_TRUE(isFreeIn([&] { count_.running(); }, LONG));
+  EXPECT_TRUE(isFreeIn([&] { count_->timeExpired(); }));
+  EXPECT_TRUE(isFreeIn([&] { count_->running(); }));
 }
 
 TEST_F(TimedCountLocks, ThresholdResetAndStartHoldTheCountWhileTheyUseTheTimer) {
-  ++ ++count_;
-  EXPECT_FALSE(isFreeIn([&] { EXPECT_TRUE(count_.exceededThresholds()); }, SHORT));
-  EXPECT_FALSE(isFreeIn([&] { count_.reset(); }, SHORT));
-  EXPECT_FALSE(isFreeIn([&] { count_.start(); }, SHORT));
+  ++ ++*count_;
+  EXPECT_TRUE(isHeldIn([&] { EXPECT_TRUE(count_->exceededThresholds()); }));
+  EXPECT_TRUE(isHeldIn([&] { count_->reset(); }));
+  EXPECT_TRUE(isHeldIn([&] { count_->start(); }));
 }
 
 TEST_F(TimedCountLocks, StartStopsTheTimerAndStartsIt) {
-  EXPECT_EQ(eventsOf([&] { count_.reset(); }), exceedTime());
-  EXPECT_EQ(eventsOf([&] { count_.start(); }), exceedTime() + exceedTime() + duration(exceedTime()));
+  EXPECT_EQ(eventsOf([&] { count_->reset(); }), exceedTime());
+  EXPECT_EQ(eventsOf([&] { count_->start(); }), exceedTime() + exceedTime() + duration(exceedTime()));
 }
 
 TEST_F(TimedCountLocks, TheTimerCanBeAskedWhileTheCountIsHeld) {
-  ++ ++count_;
-  LockRecord::clear();
+  ++ ++*count_;
   int asked = 0;
-  LockRecord::hook = [&](const std::string& event) {
+  const LockHook hook([&](const std::string& event) {
     // Before the timer takes its own lock: the count's is the only one held.
     if (event != "at ElapsedTimer.cpp" || asked++ > 0) return;
-    const std::future<void> elsewhere = std::async(std::launch::async, [this] {
-      EXPECT_TRUE(count_.running());
-      EXPECT_FALSE(count_.timeExpired());
-    });
-    EXPECT_EQ(elsewhere.wait_for(LONG), std::future_status::ready);
-  };
-  EXPECT_TRUE(count_.exceededThresholds());
+    EXPECT_TRUE(Elsewhere([count = count_] { return count->running(); }).get());
+    EXPECT_FALSE(Elsewhere([count = count_] { return count->timeExpired(); }).get());
+  });
+  EXPECT_TRUE(count_->exceededThresholds());
   EXPECT_GT(asked, 0);
 }
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qx::test {
@@ -30,6 +31,18 @@ struct LockRecord {
     events.push_back(event);
     if (hook) hook(event);
   }
+};
+
+/// A record that begins anew, with a hook for as long as this lives.
+class LockHook {
+ public:
+  explicit LockHook(std::function<void(const std::string&)> hook) {
+    LockRecord::clear();
+    LockRecord::hook = std::move(hook);
+  }
+  ~LockHook() { LockRecord::hook = nullptr; }
+  LockHook(const LockHook&) = delete;
+  LockHook& operator=(const LockHook&) = delete;
 };
 
 }  // namespace qx::test

@@ -8,22 +8,25 @@
 #include <log4cplus/spi/loggingevent.h>
 
 #include <boost/thread/exceptions.hpp>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
+#include <iterator>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "support/LogCapture.h"
 #include "tests/vso/runtime/ControlledSystem.h"
+#include "tests/vso/runtime/Threads.h"
 
-namespace qx::test {
+namespace qx {
 namespace {
 
+using test::ControlledSystem;
+using test::Elsewhere;
+using test::LogCapture;
+using test::LogLine;
+using test::onEachThread;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAreArray;
@@ -228,17 +231,12 @@ TEST(OneShotLog, CannotBeMadeWithoutAMutex) {
 }
 
 TEST(OneShotLog, WritesOnceForAKeyOfSeveralThreads) {
-  constexpr int THREADS = 4;
   constexpr int KEYS = 300;
   const LogCapture capture;
   OwnLog log;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < THREADS; ++i) {
-    threads.emplace_back([&log] {
-      for (int key = 0; key < KEYS; ++key) log.log(std::to_string(key), INFO, "text %d", key);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  onEachThread([&log](int) {
+    for (int key = 0; key < KEYS; ++key) log.log(std::to_string(key), INFO, "text %d", key);
+  });
   std::vector<std::string> expected;
   for (int key = 0; key < KEYS; ++key) expected.push_back("text " + std::to_string(key));
   EXPECT_THAT(capture.texts(), UnorderedElementsAreArray(expected));
@@ -248,18 +246,19 @@ TEST(OneShotLog, IsResetAndClearedBesideThreadsThatLog) {
   constexpr int ROUNDS = 300;
   const LogCapture capture;
   OwnLog log;
-  std::thread logs([&log] {
-    for (int i = 0; i < ROUNDS; ++i) log.log("k", INFO, "x");
+  onEachThread([&log](int thread) {
+    for (int i = 0; i < ROUNDS; ++i) {
+      if (thread == 0) {
+        log.reset("k");
+      } else if (thread == 1) {
+        log.clear();
+      } else {
+        log.log("k", INFO, "x");
+      }
+    }
   });
-  std::thread resets([&log] {
-    for (int i = 0; i < ROUNDS; ++i) log.reset("k");
-  });
-  std::thread clears([&log] {
-    for (int i = 0; i < ROUNDS; ++i) log.clear();
-  });
-  for (std::thread* thread : {&logs, &resets, &clears}) thread->join();
   EXPECT_GE(capture.texts().size(), 1U);
-  EXPECT_LE(capture.texts().size(), static_cast<std::size_t>(ROUNDS));
+  EXPECT_LE(capture.texts().size(), static_cast<std::size_t>((test::THREADS - 2) * ROUNDS));
   log.log("k", INFO, "x");
   const std::size_t lines = capture.texts().size();
   log.log("k", INFO, "x");
@@ -304,33 +303,20 @@ TEST(OneShotLog, LetsTheWritingThreadIn) {
 TEST(OneShotLog, KeepsOtherThreadsOutWhileAMessageIsWritten) {
   const LogCapture capture;
   OwnLog log;
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool writing = false;
-  bool cleared = false;
-  bool clearedWhileWriting = false;
+  // None of these writes, so it is the key's lock alone that can hold them.
+  const std::function<void()> operations[] = {[&] { log.log("k", INFO, "y"); }, [&] { log.reset("unknown"); },
+                                              [&] { log.clear(); }};
+  std::vector<Elsewhere<void>> others;
   log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(new BusyAppender([&] {
-    std::unique_lock<std::mutex> lock(mutex);
-    writing = true;
-    changed.notify_all();
-    // Long enough for the other thread, if nothing holds it.
-    clearedWhileWriting = changed.wait_for(lock, std::chrono::milliseconds(200), [&] { return cleared; });
-  })));
-  std::thread clears([&] {
-    {
-      std::unique_lock<std::mutex> lock(mutex);
-      changed.wait(lock, [&] { return writing; });
+    for (const auto& operation : operations) {
+      others.emplace_back(operation);
+      EXPECT_TRUE(others.back().blocks()) << others.size();
     }
-    log.clear();
-    const std::lock_guard<std::mutex> lock(mutex);
-    cleared = true;
-    changed.notify_all();
-  });
+  })));
   log.log("k", INFO, "x");
-  clears.join();
-  EXPECT_FALSE(clearedWhileWriting);
-  EXPECT_TRUE(cleared);
+  EXPECT_EQ(others.size(), std::size(operations));
+  for (const Elsewhere<void>& other : others) EXPECT_TRUE(other.ends());
 }
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

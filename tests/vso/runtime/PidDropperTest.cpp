@@ -9,8 +9,8 @@
 #include <string>
 #include <type_traits>
 
-#include "FileChecks.h"
 #include "support/TemporaryDirectory.h"
+#include "tests/vso/runtime/FileChecks.h"
 
 namespace qx {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <type_traits>
 
-#include "Threads.h"
+#include "tests/vso/runtime/Threads.h"
 
 namespace qx {
 namespace {
@@ -73,7 +73,7 @@ TEST(ReferencedBool, ReadsTrueByDefaultAndFalseFromTheFirstReference) {
 }
 
 TEST(ReferencedBool, IsMadeOfABool) {
-  const ReferencedBool flag = true;
+  const ReferencedBool flag(true);
   EXPECT_FALSE(reads(flag));
 }
 

@@ -6,23 +6,17 @@
 #include <climits>
 #include <cstdint>
 #include <functional>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tests/vso/runtime/FileChecks.h"
 #include "vso/runtime/SerialPipe.h"
 
 namespace {
 
-std::string textOf(const termios& line) {
-  std::ostringstream text;
-  text << "input " << line.c_iflag << " output " << line.c_oflag << " control " << line.c_cflag << " local "
-       << line.c_lflag << " discipline " << int{line.c_line} << " characters";
-  for (const cc_t character : line.c_cc) text << " " << int{character};
-  return text.str();
-}
+using qx::test::textOf;
 
 /// The line as tcgetattr finds it: no field is like what a SerialPipe sets.
 termios foundLine() {

@@ -7,19 +7,19 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <type_traits>
 
-#include "FileChecks.h"
 #include "support/Bytes.h"
 #include "support/PseudoTerminal.h"
 #include "support/TemporaryDirectory.h"
+#include "tests/vso/runtime/FileChecks.h"
 
 namespace qx {
 namespace {
@@ -31,6 +31,7 @@ using test::bufferOf;
 using test::PseudoTerminal;
 using test::slotOf;
 using test::TemporaryDirectory;
+using test::textOf;
 using test::thrownBy;
 using Buffer = U255Buff<unsigned char>;
 
@@ -45,17 +46,6 @@ static_assert(std::is_convertible_v<Xspeed, int> && std::is_convertible_v<XstopB
 
 SerialPipe pipeTo(const std::string& name) { return {name, SPEED, DATA_BITS, STOP_BITS, NO_PARITY}; }
 
-/// What a terminal is set to, as text.
-std::string textOf(const termios& line) {
-  std::ostringstream text;
-  text << "input " << line.c_iflag << " output " << line.c_oflag << " control " << line.c_cflag << " local "
-       << line.c_lflag << " characters";
-  for (const int name : {VMIN, VTIME, VINTR, VQUIT, VERASE, VKILL, VEOF, VSUSP, VSTART, VSTOP, VEOL, VREPRINT}) {
-    text << " " << int{line.c_cc[name]};
-  }
-  return text.str();
-}
-
 /// A line that is as different as can be from one that has been opened.
 termios cookedLine() {
   termios line{};
@@ -63,7 +53,7 @@ termios cookedLine() {
   line.c_oflag = OPOST | ONLCR;
   line.c_cflag = CREAD | CS8 | B2400;
   line.c_lflag = ISIG | ICANON | ECHO;
-  for (cc_t& character : line.c_cc) character = 0x55;
+  std::fill_n(line.c_cc, test::LINE_CHARACTERS, cc_t{0x55});
   return line;
 }
 

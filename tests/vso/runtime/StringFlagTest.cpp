@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+#include <optional>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <string>
@@ -10,11 +14,14 @@
 #include <utility>
 #include <vector>
 
-#include "Threads.h"
+#include "tests/vso/runtime/Threads.h"
+#include "tests/vso/runtime/WatchedBuffer.h"
 
 namespace qx {
 namespace {
 
+using test::Elsewhere;
+using test::WatchedBuffer;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -97,6 +104,40 @@ TEST(StringFlag, GivesACopy) {
   EXPECT_THAT(copy, ElementsAre("b"));
   copy.clear();
   EXPECT_THAT(flag.get(), ElementsAre("a", "b"));
+}
+
+TEST(StringFlag, HoldsItsLockWhileItWrites) {
+  const std::function<void(StringFlag&)> operations[] = {
+      [](StringFlag& flag) { flag.set("c"); },
+      [](StringFlag& flag) { flag.clear("b"); },
+      [](StringFlag& flag) { reads(flag); },
+      [](StringFlag& flag) { shown(flag); },
+  };
+  for (const auto& operation : operations) {
+    const std::string number = std::to_string(&operation - operations);
+    StringFlag flag;
+    for (const char* name : {"a", "b"}) flag.set(name);
+    std::optional<Elsewhere<void>> other;
+    WatchedBuffer buffer([&] {
+      other.emplace([&] { operation(flag); });
+      EXPECT_TRUE(other->blocks()) << number;
+    });
+    std::ostream out(&buffer);
+    out << flag;
+    EXPECT_EQ(buffer.str(), "a b ") << number;
+    ASSERT_TRUE(other) << number;
+    EXPECT_TRUE(other->ends()) << number;
+  }
+}
+
+TEST(StringFlag, GivesACopyWithoutTheLock) {
+  const auto flag = std::make_shared<StringFlag>();
+  flag->set("a");
+  std::set<std::string> copy;
+  WatchedBuffer buffer([&] { copy = Elsewhere([flag] { return flag->get(); }).get(); });
+  std::ostream out(&buffer);
+  out << *flag;  // under the lock
+  EXPECT_THAT(copy, ElementsAre("a"));
 }
 
 TEST(StringFlag, LosesNoNameOfAnyThread) {

@@ -1,20 +1,17 @@
-#include "ThreadCalls.h"
+#include "tests/vso/runtime/ThreadCalls.h"
 
-#include <dlfcn.h>
 #include <pthread.h>
 
 #include <cerrno>
 #include <ctime>
+#include <utility>
+
+#include "tests/vso/runtime/NextFunction.h"
 
 namespace {
 
+using qx::test::nextFunction;
 using qx::test::ThreadCalls;
-
-/// The definition of `function` that this program's own one stands before.
-template <typename Function>
-Function* next(const char* function) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, function));
-}
 
 bool mayMake() {
   if (ThreadCalls::makesLeft == 0) return false;
@@ -27,20 +24,20 @@ bool mayMake() {
 extern "C" {
 
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
-  static auto* const make = next<decltype(pthread_mutex_init)>("pthread_mutex_init");
+  static auto* const make = nextFunction<decltype(pthread_mutex_init)>("pthread_mutex_init");
   if (!mayMake()) return EAGAIN;
   ++ThreadCalls::alive;
   return make(mutex, attributes);
 }
 
 int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {
-  static auto* const destroy = next<decltype(pthread_mutex_destroy)>("pthread_mutex_destroy");
+  static auto* const destroy = nextFunction<decltype(pthread_mutex_destroy)>("pthread_mutex_destroy");
   --ThreadCalls::alive;
   return destroy(mutex);
 }
 
 int pthread_cond_init(pthread_cond_t* __restrict condition, const pthread_condattr_t* __restrict attributes) noexcept {
-  static auto* const make = next<decltype(pthread_cond_init)>("pthread_cond_init");
+  static auto* const make = nextFunction<decltype(pthread_cond_init)>("pthread_cond_init");
   if (!mayMake()) return EAGAIN;
   ++ThreadCalls::alive;
   clockid_t clock = CLOCK_REALTIME;
@@ -50,26 +47,27 @@ int pthread_cond_init(pthread_cond_t* __restrict condition, const pthread_condat
 }
 
 int pthread_cond_destroy(pthread_cond_t* condition) noexcept {
-  static auto* const destroy = next<decltype(pthread_cond_destroy)>("pthread_cond_destroy");
+  static auto* const destroy = nextFunction<decltype(pthread_cond_destroy)>("pthread_cond_destroy");
   --ThreadCalls::alive;
   return destroy(condition);
 }
 
 int pthread_cond_wait(pthread_cond_t* __restrict condition, pthread_mutex_t* __restrict mutex) {
-  static auto* const wait = next<decltype(pthread_cond_wait)>("pthread_cond_wait");
+  static auto* const wait = nextFunction<decltype(pthread_cond_wait)>("pthread_cond_wait");
   // With the mutex held: who wants to wake comes after the wait has begun.
   if (ThreadCalls::watched) ++ThreadCalls::waits;
   return wait(condition, mutex);
 }
 
 int pthread_cond_broadcast(pthread_cond_t* condition) noexcept {
-  static auto* const wake = next<decltype(pthread_cond_broadcast)>("pthread_cond_broadcast");
+  static auto* const wake = nextFunction<decltype(pthread_cond_broadcast)>("pthread_cond_broadcast");
   ++ThreadCalls::wakesOfAll;
+  if (ThreadCalls::beforeAWakeOfAll) std::exchange(ThreadCalls::beforeAWakeOfAll, nullptr)();
   return wake(condition);
 }
 
 int pthread_cond_signal(pthread_cond_t* condition) noexcept {
-  static auto* const wake = next<decltype(pthread_cond_signal)>("pthread_cond_signal");
+  static auto* const wake = nextFunction<decltype(pthread_cond_signal)>("pthread_cond_signal");
   ++ThreadCalls::wakesOfOne;
   return wake(condition);
 }

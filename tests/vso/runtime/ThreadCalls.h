@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 
 namespace qx::test {
 
@@ -16,6 +17,8 @@ struct ThreadCalls {
   /// The calls of this thread that wake others.
   inline static thread_local int wakesOfAll = 0;
   inline static thread_local int wakesOfOne = 0;
+  /// Called once, right before this thread wakes all others that wait.
+  inline static thread_local std::function<void()> beforeAWakeOfAll;
   /// The clock of the condition variable that this thread made last.
   inline static thread_local int clock = -1;
   /// What this thread may make until it fails; without a limit below 0.

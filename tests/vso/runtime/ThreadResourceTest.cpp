@@ -6,7 +6,7 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "ThreadCalls.h"
+#include "tests/vso/runtime/ThreadCalls.h"
 #include "vso/runtime/DeposableBool.h"
 #include "vso/runtime/ElapsedTimer.h"
 #include "vso/runtime/ReferencedBool.h"

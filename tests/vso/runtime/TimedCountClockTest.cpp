@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "FakeClock.h"
+#include "tests/vso/runtime/FakeClock.h"
 #include "vso/runtime/TimedCount.h"
 
 namespace qx {

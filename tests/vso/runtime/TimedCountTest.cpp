@@ -6,14 +6,13 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "Threads.h"
+#include "tests/vso/runtime/Threads.h"
 
 namespace qx {
 namespace {
 
 using testing::ThrowsMessage;
 
-constexpr unsigned int A_DAY = 86'400'000;
 constexpr unsigned int HIGHEST = 4'294'967'295;
 
 static_assert(!std::is_polymorphic_v<TimedCount>);
@@ -40,12 +39,12 @@ struct Arguments {
 TEST(TimedCount, IsNotMadeOfInvalidArguments) {
   for (const Arguments& arguments : {Arguments{0, 1000, "Invalid count threshold"},
                                      {HIGHEST, 1000, "Invalid count threshold"},
-                                     {0, A_DAY, "Invalid count threshold"},
+                                     {0, ElapsedTimer::MAX_DURATION, "Invalid count threshold"},
                                      {1, 0, "Invalid timer duration"},
-                                     {1, A_DAY + 1, "Invalid timer duration"},
+                                     {1, ElapsedTimer::MAX_DURATION + 1, "Invalid timer duration"},
                                      {1, HIGHEST, "Invalid timer duration"},
                                      {0, 0, "Invalid timer duration"},  // the timer is made first
-                                     {HIGHEST, A_DAY + 1, "Invalid timer duration"}}) {
+                                     {HIGHEST, ElapsedTimer::MAX_DURATION + 1, "Invalid timer duration"}}) {
     EXPECT_THAT([&] { TimedCount count(arguments.threshold, arguments.milliseconds); },
                 ThrowsMessage<std::runtime_error>(arguments.error))
         << arguments.threshold << ", " << arguments.milliseconds;
@@ -54,7 +53,7 @@ TEST(TimedCount, IsNotMadeOfInvalidArguments) {
 
 TEST(TimedCount, BeginsAtZeroWithoutAWindow) {
   for (const unsigned int threshold : {1U, 2U, HIGHEST - 1}) {
-    for (const unsigned int milliseconds : {1U, A_DAY}) {
+    for (const unsigned int milliseconds : {1U, ElapsedTimer::MAX_DURATION}) {
       const TimedCount count(threshold, milliseconds);
       EXPECT_EQ(counted(count), 0U);
       EXPECT_FALSE(count.running());
@@ -65,7 +64,7 @@ TEST(TimedCount, BeginsAtZeroWithoutAWindow) {
 }
 
 TEST(TimedCount, ExceedsItsThresholdNotAtItButAboveIt) {
-  TimedCount count(2, A_DAY);
+  TimedCount count(2, ElapsedTimer::MAX_DURATION);
   ++count;
   EXPECT_FALSE(exceeded(count));
   ++count;
@@ -78,7 +77,7 @@ TEST(TimedCount, ExceedsItsThresholdNotAtItButAboveIt) {
 }
 
 TEST(TimedCount, ExceedsTheHighestThreshold) {
-  TimedCount count(HIGHEST - 1, A_DAY);
+  TimedCount count(HIGHEST - 1, ElapsedTimer::MAX_DURATION);
   count.count(HIGHEST - 2);
   ++count;
   EXPECT_FALSE(exceeded(count));
@@ -87,7 +86,7 @@ TEST(TimedCount, ExceedsTheHighestThreshold) {
 }
 
 TEST(TimedCount, EventsGiveTheCountItself) {
-  TimedCount count(1, A_DAY);
+  TimedCount count(1, ElapsedTimer::MAX_DURATION);
   EXPECT_EQ(&++count, &count);
   EXPECT_EQ(&--count, &count);
   ++ ++count;
@@ -95,7 +94,7 @@ TEST(TimedCount, EventsGiveTheCountItself) {
 }
 
 TEST(TimedCount, StopsAtTheHighestCount) {
-  TimedCount count(1, A_DAY);
+  TimedCount count(1, ElapsedTimer::MAX_DURATION);
   count.count(HIGHEST - 1);
   ++count;
   EXPECT_EQ(counted(count), HIGHEST);
@@ -107,7 +106,7 @@ TEST(TimedCount, StopsAtTheHighestCount) {
 }
 
 TEST(TimedCount, StopsAtZeroAndOpensTheWindowEvenSo) {
-  TimedCount count(1, A_DAY);
+  TimedCount count(1, ElapsedTimer::MAX_DURATION);
   --count;
   EXPECT_EQ(counted(count), 0U);
   EXPECT_TRUE(count.running());
@@ -117,7 +116,7 @@ TEST(TimedCount, StopsAtZeroAndOpensTheWindowEvenSo) {
 }
 
 TEST(TimedCount, OpensTheWindowAtTheHighestCountToo) {
-  TimedCount count(1, A_DAY);
+  TimedCount count(1, ElapsedTimer::MAX_DURATION);
   count.count(HIGHEST);
   EXPECT_FALSE(count.running());
   ++count;
@@ -125,7 +124,7 @@ TEST(TimedCount, OpensTheWindowAtTheHighestCountToo) {
 }
 
 TEST(TimedCount, NeedsAnOpenWindowToExceed) {
-  TimedCount count(2, A_DAY);
+  TimedCount count(2, ElapsedTimer::MAX_DURATION);
   count.count(10);
   EXPECT_EQ(counted(count), 10U);
   EXPECT_FALSE(count.running());
@@ -139,7 +138,7 @@ TEST(TimedCount, NeedsAnOpenWindowToExceed) {
 }
 
 TEST(TimedCount, ResetClosesTheWindow) {
-  TimedCount count(1, A_DAY);
+  TimedCount count(1, ElapsedTimer::MAX_DURATION);
   ++ ++count;
   EXPECT_TRUE(exceeded(count));
   count.reset();
@@ -150,7 +149,7 @@ TEST(TimedCount, ResetClosesTheWindow) {
 }
 
 TEST(TimedCount, StartOpensAWindowWithNothingInIt) {
-  TimedCount count(1, A_DAY);
+  TimedCount count(1, ElapsedTimer::MAX_DURATION);
   count.count(5);
   for (int round = 0; round < 2; ++round) {
     count.start();
@@ -165,7 +164,7 @@ TEST(TimedCount, StartOpensAWindowWithNothingInIt) {
 
 TEST(TimedCount, LosesNoEventOfAnyThread) {
   constexpr unsigned int EACH = 400;
-  TimedCount count(test::THREADS * EACH - 1, A_DAY);
+  TimedCount count(test::THREADS * EACH - 1, ElapsedTimer::MAX_DURATION);
   test::onEachThread([&](int) {
     for (unsigned int i = 0; i < EACH; ++i) ++count;
   });
@@ -182,7 +181,7 @@ TEST(TimedCount, LosesNoEventOfAnyThread) {
 }
 
 TEST(TimedCount, IsCountedResetStartedAndAskedAtOnce) {
-  TimedCount count(1, A_DAY);
+  TimedCount count(1, ElapsedTimer::MAX_DURATION);
   test::onEachThread([&](int thread) {
     for (int round = 0; round < 200; ++round) {
       ++count;

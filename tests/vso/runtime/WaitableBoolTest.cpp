@@ -5,38 +5,39 @@
 #include <atomic>
 #include <boost/thread/thread.hpp>
 #include <chrono>
+#include <functional>
 #include <future>
+#include <memory>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
-#include "Threads.h"
+#include "tests/vso/runtime/Threads.h"
 
 namespace qx {
 namespace {
 
+using test::Elsewhere;
+
 static_assert(!std::is_polymorphic_v<WaitableBool>);
 static_assert(!std::is_copy_constructible_v<WaitableBool>);
 
+/// A flag that lives as long as any thread waits for it.
+using SharedFlag = std::shared_ptr<WaitableBool>;
+
 /// What a thread of its own gets.
-std::future<bool> getElsewhere(const WaitableBool& flag) {
-  std::promise<void> about;
-  const std::future<void> begun = about.get_future();
-  std::future<bool> got = std::async(std::launch::async, [&flag, &about] {
-    about.set_value();
-    return flag.get();
-  });
-  begun.wait();
-  return got;
+Elsewhere<bool> getElsewhere(const SharedFlag& flag) {
+  return Elsewhere<bool>([flag] { return flag->get(); });
 }
 
-bool waits(const std::future<bool>& got) {
-  return got.wait_for(std::chrono::milliseconds(20)) == std::future_status::timeout;
+/// The value for which no lock is waited for ever.
+bool valueOf(const SharedFlag& flag) {
+  return Elsewhere([flag] { return flag->value(); }).get();
 }
 
 /// True if another thread can have the flag's lock.
-bool isFree(const WaitableBool& flag) {
-  std::future<bool> value = std::async(std::launch::async, [&flag] { return flag.value(); });
-  return value.wait_for(std::chrono::seconds(30)) == std::future_status::ready;
+bool isFree(const SharedFlag& flag) {
+  return Elsewhere([flag] { return flag->value(); }).ends();
 }
 
 TEST(WaitableBool, IsUnsetAndFalseByDefault) {
@@ -90,132 +91,165 @@ TEST(WaitableBool, ResetKeepsTheValueUnset) {
 
 TEST(WaitableBool, GetWaitsForWhatIsSet) {
   for (const bool value : {false, true}) {
-    WaitableBool flag;
-    std::future<bool> got = getElsewhere(flag);
-    EXPECT_TRUE(waits(got));
-    EXPECT_FALSE(flag.value());  // at once: the wait holds no lock
-    flag.set(value);
+    const auto flag = std::make_shared<WaitableBool>();
+    Elsewhere<bool> got = getElsewhere(flag);
+    EXPECT_TRUE(got.blocks());
+    EXPECT_FALSE(valueOf(flag));  // at once: the wait holds no lock
+    flag->set(value);
     EXPECT_EQ(got.get(), value);
   }
 }
 
 TEST(WaitableBool, GetWaitsAfterEitherReset) {
-  WaitableBool flag(true);
-  EXPECT_TRUE(flag.get());
-  flag.reset();
-  std::future<bool> got = getElsewhere(flag);
-  EXPECT_TRUE(waits(got));
-  EXPECT_TRUE(flag.value());
-  flag.set(false);
+  const auto flag = std::make_shared<WaitableBool>(true);
+  EXPECT_TRUE(flag->get());
+  flag->reset();
+  Elsewhere<bool> got = getElsewhere(flag);
+  EXPECT_TRUE(got.blocks());
+  EXPECT_TRUE(valueOf(flag));
+  flag->set(false);
   EXPECT_FALSE(got.get());
 
-  flag.reset(true);
+  flag->reset(true);
   got = getElsewhere(flag);
-  EXPECT_TRUE(waits(got));
-  EXPECT_TRUE(flag.value());
-  flag.set(true);
+  EXPECT_TRUE(got.blocks());
+  EXPECT_TRUE(valueOf(flag));
+  flag->set(true);
   EXPECT_TRUE(got.get());
 }
 
 TEST(WaitableBool, GetWaitsOnThroughEitherReset) {
-  WaitableBool flag;
-  std::future<bool> got = getElsewhere(flag);
-  flag.reset(true);
-  EXPECT_TRUE(waits(got));
-  EXPECT_TRUE(flag.value());
-  flag.reset();
-  EXPECT_TRUE(waits(got));
-  flag.set(true);
+  const auto flag = std::make_shared<WaitableBool>();
+  Elsewhere<bool> got = getElsewhere(flag);
+  EXPECT_TRUE(got.blocks());
+  flag->reset(true);
+  EXPECT_TRUE(got.blocks());
+  EXPECT_TRUE(valueOf(flag));
+  flag->reset();
+  EXPECT_TRUE(got.blocks());
+  flag->set(true);
   EXPECT_TRUE(got.get());
 }
 
 TEST(WaitableBool, SetReleasesEveryWaiter) {
-  WaitableBool flag;
-  std::vector<std::future<bool>> got;
+  const auto flag = std::make_shared<WaitableBool>();
+  std::vector<Elsewhere<bool>> got;
   for (int i = 0; i < test::THREADS; ++i) got.push_back(getElsewhere(flag));
-  for (const std::future<bool>& one : got) EXPECT_TRUE(waits(one));
-  flag.set(true);
-  for (std::future<bool>& one : got) EXPECT_TRUE(one.get());
+  for (const Elsewhere<bool>& one : got) EXPECT_TRUE(one.blocks());
+  flag->set(true);
+  for (Elsewhere<bool>& one : got) EXPECT_TRUE(one.get());
 }
 
+/// A thread that gets until it is interrupted.
+class Interruptible {
+ public:
+  /// `before` is called on the thread, before it gets.
+  explicit Interruptible(
+      const SharedFlag& flag, std::function<void()> before = [] {})
+      : thread_([flag, before = std::move(before), interrupted = interrupted_] {
+          before();
+          try {
+            flag->get();
+          } catch (const boost::thread_interrupted&) {
+            // The thread still runs here, so it has the lock if that was not released.
+            interrupted->set_value(isFree(flag));
+          }
+        }) {}
+
+  bool waits() { return !thread_.timed_join(boost::posix_time::milliseconds(20)); }
+  void interrupt() { thread_.interrupt(); }
+
+  /// True if the interruption came through, and left the lock to others.
+  bool wasInterrupted() {
+    std::future<bool> interrupted = interrupted_->get_future();
+    return interrupted.wait_for(std::chrono::seconds(60)) == std::future_status::ready && interrupted.get();
+  }
+
+ private:
+  std::shared_ptr<std::promise<bool>> interrupted_ = std::make_shared<std::promise<bool>>();
+  boost::thread thread_;  // is let go with this object
+};
+
 TEST(WaitableBool, AnInterruptedGetThrowsAndReleasesTheLock) {
-  WaitableBool flag;
-  std::atomic<bool> begun{false};
-  bool interrupted = false;
-  boost::thread waiter([&] {
-    begun = true;
-    try {
-      flag.get();
-    } catch (const boost::thread_interrupted&) {
-      interrupted = true;
-      // The thread that was interrupted still runs here, so it has the lock if it was not released.
-      EXPECT_TRUE(isFree(flag));
-    }
-  });
-  while (!begun) boost::this_thread::yield();
-  EXPECT_FALSE(waiter.timed_join(boost::posix_time::milliseconds(20)));
+  const auto flag = std::make_shared<WaitableBool>();
+  std::promise<void> begun;
+  Interruptible waiter(flag, [&] { begun.set_value(); });
+  begun.get_future().wait();
+  EXPECT_TRUE(waiter.waits());
   waiter.interrupt();
-  waiter.join();
-  EXPECT_TRUE(interrupted);
-  EXPECT_FALSE(flag.isSet());
-  flag.set(true);
-  EXPECT_TRUE(flag.get());
+  EXPECT_TRUE(waiter.wasInterrupted());
+  EXPECT_FALSE(flag->isSet());
+  flag->set(true);
+  EXPECT_TRUE(getElsewhere(flag).get());
 }
 
 TEST(WaitableBool, AnInterruptionBeforeTheWaitEndsIt) {
-  WaitableBool flag;
+  const auto flag = std::make_shared<WaitableBool>();
   std::promise<void> go;
-  bool interrupted = false;
-  boost::thread waiter([&] {
-    go.get_future().wait();
-    try {
-      flag.get();
-    } catch (const boost::thread_interrupted&) {
-      interrupted = true;
-    }
-  });
+  Interruptible waiter(flag, [gone = go.get_future().share()] { gone.wait(); });
   waiter.interrupt();
   go.set_value();
-  waiter.join();
-  EXPECT_TRUE(interrupted);
+  EXPECT_TRUE(waiter.wasInterrupted());
   EXPECT_TRUE(isFree(flag));
 }
 
 TEST(WaitableBool, AnInterruptionEndsTheWaitOfOneThreadOnly) {
-  WaitableBool flag;
-  std::future<bool> got = getElsewhere(flag);
-  boost::thread other([&] { flag.get(); });
+  const auto flag = std::make_shared<WaitableBool>();
+  Elsewhere<bool> got = getElsewhere(flag);
+  EXPECT_TRUE(got.blocks());
+  Interruptible other(flag);
   other.interrupt();
-  other.join();
-  EXPECT_TRUE(waits(got));
-  flag.set(true);
+  EXPECT_TRUE(other.wasInterrupted());
+  EXPECT_TRUE(got.blocks());
+  flag->set(true);
   EXPECT_TRUE(got.get());
+}
+
+TEST(WaitableBool, MayBeDestroyedAsSoonAsItIsGot) {
+  for (int round = 0; round < 2000; ++round) {
+    auto owned = std::make_unique<WaitableBool>();
+    WaitableBool* const flag = owned.get();
+    Elsewhere<bool> got([own = std::move(owned)]() mutable {
+      const bool value = own->get();
+      own.reset();
+      return value;
+    });
+    if (round % 2 == 0) boost::this_thread::yield();  // so that more of them wait
+    flag->set(true);
+    EXPECT_TRUE(got.get());
+  }
 }
 
 TEST(WaitableBool, HandsOverBetweenTwoThreads) {
   constexpr int ROUNDS = 1000;
-  WaitableBool ping;
-  WaitableBool pong;
-  int handed = 0;  // no lock of its own: whoever was let on by a flag has it
-  std::future<void> other = std::async(std::launch::async, [&] {
+  struct Game {
+    WaitableBool ping;
+    WaitableBool pong;
+    int handed = 0;  // no lock of its own: whoever was let on by a flag has it
+  };
+  const auto game = std::make_shared<Game>();
+  Elsewhere<void> other([game] {
     for (int round = 0; round < ROUNDS; ++round) {
-      const bool value = ping.get();
-      ping.reset();
-      EXPECT_EQ(handed, 2 * round + 1);
-      ++handed;
-      pong.set(!value);
+      const bool value = game->ping.get();
+      game->ping.reset();
+      EXPECT_EQ(game->handed, 2 * round + 1);
+      ++game->handed;
+      game->pong.set(!value);
     }
   });
-  for (int round = 0; round < ROUNDS; ++round) {
-    const bool value = round % 3 == 0;
-    EXPECT_EQ(handed, 2 * round);
-    ++handed;
-    ping.set(value);
-    EXPECT_EQ(pong.get(), !value);
-    pong.reset();
-  }
+  Elsewhere<void> one([game] {
+    for (int round = 0; round < ROUNDS; ++round) {
+      const bool value = round % 3 == 0;
+      EXPECT_EQ(game->handed, 2 * round);
+      ++game->handed;
+      game->ping.set(value);
+      EXPECT_EQ(game->pong.get(), !value);
+      game->pong.reset();
+    }
+  });
+  one.get();
   other.get();
-  EXPECT_EQ(handed, 2 * ROUNDS);
+  EXPECT_EQ(game->handed, 2 * ROUNDS);
 }
 
 TEST(WaitableBool, IsSetResetAndReadAtOnce) {

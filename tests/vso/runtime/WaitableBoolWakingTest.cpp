@@ -6,14 +6,18 @@
 #include <chrono>
 #include <ctime>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <vector>
 
-#include "ThreadCalls.h"
+#include "tests/vso/runtime/ThreadCalls.h"
+#include "tests/vso/runtime/Threads.h"
 #include "vso/runtime/WaitableBool.h"
 
 namespace qx {
 namespace {
 
+using test::Elsewhere;
 using test::ThreadCalls;
 
 /// A flag with threads that wait for it, and what they got.
@@ -134,6 +138,47 @@ TEST_F(WaitableBoolWaking, AGetOfASetFlagDoesNotWaitNorIsItInterrupted) {
   other.join();
   EXPECT_TRUE(got);
   EXPECT_EQ(ThreadCalls::waits, before);
+}
+
+/// What two threads ask for while `publish` wakes those that wait.
+void expectWakesUnderTheLock(const std::function<void(WaitableBool&)>& publish) {
+  const auto flag = std::make_shared<WaitableBool>();
+  std::optional<Elsewhere<bool>> value;
+  std::optional<Elsewhere<bool>> got;
+  ThreadCalls::beforeAWakeOfAll = [&] {
+    value.emplace([flag] { return flag->value(); });
+    got.emplace([flag] { return flag->get(); });
+    EXPECT_TRUE(value->blocks());
+    EXPECT_TRUE(got->blocks());
+  };
+  publish(*flag);
+  ThreadCalls::beforeAWakeOfAll = nullptr;
+  ASSERT_TRUE(value && got);
+  EXPECT_TRUE(value->get());
+  flag->set(true);
+  EXPECT_TRUE(got->get());
+}
+
+TEST(WaitableBoolLock, IsHeldWhileAllAreWoken) {
+  expectWakesUnderTheLock([](WaitableBool& flag) { flag.set(true); });
+  expectWakesUnderTheLock([](WaitableBool& flag) { flag.reset(true); });
+}
+
+TEST(WaitableBoolLock, IsNotForIsSetNorForResetWithoutAValue) {
+  const auto flag = std::make_shared<WaitableBool>();
+  bool asked = false;
+  ThreadCalls::beforeAWakeOfAll = [&] {
+    asked = true;
+    EXPECT_TRUE(Elsewhere([flag] { return flag->isSet(); }).ends());
+    EXPECT_TRUE(flag->isSet());
+    EXPECT_TRUE(Elsewhere([flag] { flag->reset(); }).ends());
+    EXPECT_FALSE(flag->isSet());
+  };
+  flag->set(true);
+  ThreadCalls::beforeAWakeOfAll = nullptr;
+  EXPECT_TRUE(asked);
+  EXPECT_FALSE(flag->isSet());
+  EXPECT_TRUE(flag->value());
 }
 
 TEST(WaitableBoolClock, WaitsByTheMonotonicClock) {

@@ -6,7 +6,9 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/select.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,9 +24,9 @@
 #include <utility>
 #include <vector>
 
-#include "FileChecks.h"
 #include "support/Bytes.h"
 #include "support/TemporaryDirectory.h"
+#include "tests/vso/runtime/FileChecks.h"
 
 namespace qx {
 namespace {
@@ -474,53 +476,49 @@ TEST(Xfile, WriteThatTheSystemRefusesThrows) {
 class LockHolder {
  public:
   explicit LockHolder(const std::string& path) {
-    int orders[2];
-    int reports[2];
-    if (::pipe(orders) != 0 || ::pipe(reports) != 0) throw std::runtime_error("No pipe");
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) throw std::runtime_error("No line to another process");
     child_ = ::fork();
     if (child_ == 0) {
-      ::close(orders[1]);
-      ::close(reports[0]);
-      ::_exit(holdsLock(path, orders[0], reports[1]) ? 0 : 1);
+      ::close(ends[0]);
+      ::_exit(holdsLock(path, ends[1]) ? 0 : 1);
     }
-    ::close(orders[0]);
-    ::close(reports[1]);
-    orders_ = orders[1];
-    reports_ = reports[0];
+    ::close(ends[1]);
+    line_ = ends[0];
+    const timeval patience{30, 0};
+    ::setsockopt(line_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   }
   LockHolder(const LockHolder&) = delete;
   LockHolder& operator=(const LockHolder&) = delete;
   ~LockHolder() {
-    ::close(orders_);
-    ::close(reports_);
+    ::close(line_);
     if (child_ > 0) ::waitpid(child_, nullptr, 0);
   }
 
-  /// True once the other process has done its next step.
+  /// True once the other process has done its next step; false if it does not.
   bool hasReported() const {
     char done = 0;
-    return ::read(reports_, &done, 1) == 1;
+    return ::recv(line_, &done, 1, 0) == 1;
   }
   /// False if the other process is no more.
-  bool goesOn() const { return ::write(orders_, "", 1) == 1; }
+  bool goesOn() const { return ::send(line_, "", 1, MSG_NOSIGNAL) == 1; }
 
  private:
-  static bool holdsLock(const std::string& path, int orders, int reports) {
+  static bool holdsLock(const std::string& path, int line) {
     try {
       Xfile file(path, READ);
       char order = 0;
       file.open();
-      if (file.lock() != 0 || ::write(reports, "", 1) != 1 || ::read(orders, &order, 1) != 1) return false;
+      if (file.lock() != 0 || ::send(line, "", 1, MSG_NOSIGNAL) != 1 || ::recv(line, &order, 1, 0) != 1) return false;
       file.close();
       // Stays alive, so that it is the closing that has freed the lock.
-      return ::write(reports, "", 1) == 1 && ::read(orders, &order, 1) == 0;
+      return ::send(line, "", 1, MSG_NOSIGNAL) == 1 && ::recv(line, &order, 1, 0) == 0;
     } catch (...) {
       return false;
     }
   }
 
-  int orders_ = -1;
-  int reports_ = -1;
+  int line_ = -1;
   pid_t child_ = -1;
 };
 

@@ -9,9 +9,10 @@
 
 #include "tests/vso/runtime/ControlledSystem.h"
 
-namespace qx::test {
+namespace qx {
 namespace {
 
+using test::ControlledSystem;
 using testing::ElementsAre;
 using testing::MatchesRegex;
 
@@ -103,4 +104,4 @@ INSTANTIATE_TEST_SUITE_P(Unreadable, dumpMemoryUsageOf,
                                          Statm{"11 22 33 44 55 x 77\n", ""}, Statm{"11,22,33,44,55,66,77\n", ""}));
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

@@ -3,18 +3,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "support/LogCapture.h"
 #include "tests/vso/runtime/ControlledSystem.h"
+#include "tests/vso/runtime/Threads.h"
 
-namespace qx::test {
+namespace qx {
 namespace {
 
+using test::ControlledSystem;
+using test::LogCapture;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 constexpr int INFO = 20000;
 constexpr int WARN = 30000;
@@ -218,6 +225,32 @@ TEST_F(perfTime, KeepsPointsApart) {
               ElementsAre("PERF: " + other + " AVG: 40 MIN: 40 MAX: 40", report("AVG: 35 MIN: 20 MAX: 50")));
 }
 
+TEST_F(perfTime, SamplesPointsOfSeveralThreadsThatWereStartedBefore) {
+  constexpr int REPORTS = 50;
+  std::array<std::string, test::THREADS> names;
+  for (std::string& name : names) {
+    name = newPoint();
+    startPerfTime(name, 1);
+  }
+  test::onEachThread([&](int thread) {
+    ControlledSystem own;
+    own.time = timeval{1'700'000'000, 0};
+    const std::string& name = names.at(static_cast<std::size_t>(thread));
+    for (int sampled = 0; sampled < 2 * REPORTS; ++sampled) {
+      startPerfTime(name, 1);
+      own.time->tv_usec += sampled % 2 == 0 ? 10 * thread + 10 : 10 * thread + 14;
+      endPerfTime(name);
+    }
+  });
+  const std::vector<std::string> texts = log_.texts();
+  EXPECT_THAT(texts, SizeIs(test::THREADS * REPORTS));
+  const char* const figures[] = {" AVG: 12 MIN: 10 MAX: 14", " AVG: 22 MIN: 20 MAX: 24", " AVG: 32 MIN: 30 MAX: 34",
+                                 " AVG: 42 MIN: 40 MAX: 44"};
+  for (std::size_t thread = 0; thread < names.size(); ++thread) {
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "PERF: " + names[thread] + figures[thread]), REPORTS);
+  }
+}
+
 TEST_F(perfTime, TakesAnyNameAsText) {
   const std::string name = point_ + " %s %d";
   startPerfTime(name, 0);
@@ -252,4 +285,4 @@ TEST_F(perfTime, NeverReportsAtTheLargestFrequency) {
 }
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

@@ -5,7 +5,7 @@
 #include <limits>
 #include <ostream>
 
-namespace qx::test {
+namespace qx {
 namespace {
 
 struct Row {
@@ -35,4 +35,4 @@ INSTANTIATE_TEST_SUITE_P(Unknown, resultXToStrRow,
                                          Row{std::numeric_limits<long>::max(), "RX_UNKNOWN"}));
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

@@ -4,7 +4,7 @@
 #include <ostream>
 #include <string>
 
-#include "FakeClock.h"
+#include "tests/vso/runtime/FakeClock.h"
 #include "vso/runtime/timeText.h"
 
 namespace qx {

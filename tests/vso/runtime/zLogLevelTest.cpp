@@ -13,9 +13,10 @@
 #include "qxlogger/Logger.h"
 #include "support/LogCapture.h"
 
-namespace qx::test {
+namespace qx {
 namespace {
 
+using test::LogCapture;
 using testing::ElementsAre;
 
 int rootLevel() { return log4cplus::Logger::getRoot().getLogLevel(); }
@@ -99,4 +100,4 @@ TEST(zLogLevelDeathTest, IsInfoAtFirstWhateverTheLoggerHas) {
 }
 
 }  // namespace
-}  // namespace qx::test
+}  // namespace qx

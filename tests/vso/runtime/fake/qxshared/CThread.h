@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "LockRecord.h"
+#include "tests/vso/runtime/LockRecord.h"
 
 namespace qx {
 

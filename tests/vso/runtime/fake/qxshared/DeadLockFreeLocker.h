@@ -4,7 +4,7 @@
 #include <boost/thread/recursive_mutex.hpp>
 #include <string>
 
-#include "LockRecord.h"
+#include "tests/vso/runtime/LockRecord.h"
 
 namespace qx {
 
