@@ -28,8 +28,10 @@ namespace qx::net::stream {
 /// Accepting ends with the first accept that fails, whatever the reason, until `stop` and `start`: a process out of
 /// descriptors does not spin, and its owner decides.
 ///
+/// `stop` it before it is let go: connections that it leaves behind stay open, and nobody hears of them.
+///
 /// `start`, `stop`, `connectionHash`, `findConnection` and `endpoint` may be called from any thread and from within
-/// callbacks.
+/// callbacks. The order of the virtual operations is part of the interface.
 template <typename AcceptorPolicy, typename Connection>
 class StreamServer : public AcceptorPolicy,
                      public boost::enable_shared_from_this<StreamServer<AcceptorPolicy, Connection>> {
@@ -50,7 +52,8 @@ class StreamServer : public AcceptorPolicy,
   virtual void forked(bool /*isChild*/) {}
 
  protected:
-  /// Makes a connection for the next accept. Its callbacks are replaced by the server's.
+  /// Makes a connection for the next accept. Its callbacks are replaced by the server's. What it throws leaves `start`,
+  /// or the context's `run`; the server listens then without accepting, until `stop` and `start`.
   virtual ConnectionPtr createConnection() = 0;
   /// A connection has read what it was asked to read.
   virtual void handleData(ConnectionPtr connection, const std::string& data) = 0;
@@ -74,7 +77,8 @@ class StreamServer : public AcceptorPolicy,
  public:
   ~StreamServer() override = default;
 
-  /// The number that a connection has in the table: its address and an eighth of it, cut to 32 bits.
+  /// The number that a connection has in the table: its address and an eighth of it, cut to 32 bits. Called while the
+  /// table is locked: an override must not call this object.
   virtual unsigned int connectionHash(ConnectionPtr connection) const;
   /// The connection in the table with that hash; empty if there is none.
   virtual ConnectionPtr findConnection(unsigned int hash) const;
@@ -95,19 +99,22 @@ class StreamServer : public AcceptorPolicy,
  private:
   using Connections = boost::bimap<ConnectionPtr, std::uint32_t>;
 
-  void accept();
-  bool isPending(const ConnectionPtr& connection) const {
-    const Lock lock(acceptMutex_);
-    return isAccepting_ && pendingConnection_ == connection;
-  }
+  /// The mutex of the acceptor is held.
+  bool isAcceptingIn(unsigned long long round) const { return isAccepting_ && round == round_; }
+  void accept(unsigned long long round);
+  void acceptEnded(const ConnectionPtr& connection, unsigned long long round, const ErrorCode& error);
   void handleConnectionData(ConnectionPtr connection, const std::string& data);
   void handleConnectionState(ConnectionPtr connection, ConnectionState state, ConnectionState previousState,
                              ConnectionOperation operation, const ErrorCode& error);
 
-  // Guards the acceptor and the two fields behind it. Taken before connectionsMutex_.
+  // Guards the acceptor and the fields behind it. Taken before connectionsMutex_.
   mutable std::mutex acceptMutex_;
-  ConnectionPtr pendingConnection_;
   bool isAccepting_ = false;
+  // Counts the starts. What was begun in an earlier round is nobody's when it ends.
+  unsigned long long round_ = 0;
+  ConnectionPtr pendingConnection_;
+  // The pending one from its accept until it is in the table.
+  ConnectionPtr acceptedConnection_;
 
   mutable std::mutex connectionsMutex_;
   Connections connections_;
@@ -115,13 +122,15 @@ class StreamServer : public AcceptorPolicy,
 
 template <typename AcceptorPolicy, typename Connection>
 auto StreamServer<AcceptorPolicy, Connection>::start() -> ErrorCode {
+  unsigned long long round = 0;
   {
     const Lock lock(acceptMutex_);
     if (const ErrorCode error = this->openAcceptor()) return error;
     isAccepting_ = true;
+    round = ++round_;
   }
   try {
-    accept();
+    accept(round);
   } catch (const boost::bad_weak_ptr&) {
     detail::log(log4cplus::FATAL_LOG_LEVEL,
                 "StreamServer::start got bad_weak_ptr exception, did you forget to wrap your server in a boost "
@@ -137,7 +146,8 @@ void StreamServer<AcceptorPolicy, Connection>::stop() {
     const Lock lock(acceptMutex_);
     isAccepting_ = false;
     this->closeAcceptor(false);
-    pendingConnection_.reset();  // it may have been accepted by now
+    pendingConnection_.reset();
+    acceptedConnection_.reset();
   }
   std::vector<ConnectionPtr> connections;
   {
@@ -149,26 +159,37 @@ void StreamServer<AcceptorPolicy, Connection>::stop() {
   for (const ConnectionPtr& connection : connections) connection->close();
 }
 
-/// Makes a connection and accepts into it. Throws boost::bad_weak_ptr if no boost::shared_ptr holds the server.
+/// Makes a connection and accepts into it, unless the round is over by then. Throws boost::bad_weak_ptr if no
+/// boost::shared_ptr holds the server.
 template <typename AcceptorPolicy, typename Connection>
-void StreamServer<AcceptorPolicy, Connection>::accept() {
+void StreamServer<AcceptorPolicy, Connection>::accept(unsigned long long round) {
   const ConnectionPtr connection = createConnection();
   connection->handleDataFunc(whileAlive(&StreamServer::handleConnectionData));
   connection->handleStateFunc(whileAlive(&StreamServer::handleConnectionState));
 
   const Lock lock(acceptMutex_);
+  if (!isAcceptingIn(round)) return;
   pendingConnection_ = connection;
-  const auto self = this->shared_from_this();
-  if (!isAccepting_) return;
-  this->acceptor_.async_accept(connection->socket(), [self, connection](const ErrorCode& error) {
-    if (!error && !self->isPending(connection)) {
-      // Accepted before the server was stopped, and nobody's.
+  this->acceptor_.async_accept(connection->socket(),
+                               [self = this->shared_from_this(), connection, round](const ErrorCode& error) {
+                                 self->acceptEnded(connection, round, error);
+                               });
+}
+
+/// The accept into `connection` has ended, of whatever round.
+template <typename AcceptorPolicy, typename Connection>
+void StreamServer<AcceptorPolicy, Connection>::acceptEnded(const ConnectionPtr& connection, unsigned long long round,
+                                                           const ErrorCode& error) {
+  {
+    const Lock lock(acceptMutex_);
+    if (round != round_ || (!error && !isAccepting_)) {
       ErrorCode ignored;
       connection->socket().close(ignored);
       return;
     }
-    self->handleAccept(error);
-  });
+    if (!error) acceptedConnection_.swap(pendingConnection_);
+  }
+  handleAccept(error);
 }
 
 template <typename AcceptorPolicy, typename Connection>
@@ -184,16 +205,21 @@ void StreamServer<AcceptorPolicy, Connection>::handleAccept(const ErrorCode& err
     return;
   }
   ConnectionPtr connection;
+  unsigned long long round = 0;
   {
     const Lock lock(acceptMutex_);
-    if (!isAccepting_) return;
-    connection = pendingConnection_;
+    connection.swap(acceptedConnection_);
+    if (!connection) return;  // stopped since
+    round = round_;
     const Lock connectionsLock(connectionsMutex_);
     connections_.insert(typename Connections::value_type(connection, connectionHash(connection)));
   }
   connection->start();
-  // Not if the server has been stopped since, or stopped and started.
-  if (isPending(connection)) accept();
+  {
+    const Lock lock(acceptMutex_);
+    if (!isAcceptingIn(round)) return;
+  }
+  accept(round);
 }
 
 template <typename AcceptorPolicy, typename Connection>

@@ -37,6 +37,7 @@ TCPConnection::TCPConnection(boost::asio::io_context& ioContext)
 void TCPConnection::handleDataFunc(DataFunc callback) {
   boost::shared_ptr<const DataFunc> replacement = shared(std::move(callback));
   const Lock lock(mutex_);
+  if (isOver_) return;
   dataFunc_.swap(replacement);  // the old one dies after the lock has gone
   isDataFuncNew_.store(true, std::memory_order_release);
 }
@@ -44,6 +45,7 @@ void TCPConnection::handleDataFunc(DataFunc callback) {
 void TCPConnection::handleStateFunc(StateFunc callback) {
   boost::shared_ptr<const StateFunc> replacement = shared(std::move(callback));
   const Lock lock(mutex_);
+  if (isOver_) return;
   stateFunc_.swap(replacement);
 }
 
@@ -172,12 +174,17 @@ void TCPConnection::sendWaiting() {
 
 void TCPConnection::handleWrite(const error_code& error, std::size_t size) {
   bool isOver = static_cast<bool>(error);
-  if (!isOver) {
+  {
     const Lock lock(mutex_);
-    if (state_ == CONNECTION_CLOSED) return;
-    sent_ += size;
-    sendWaiting();
-    isOver = state_ == CONNECTION_CLOSING && sending_.empty();
+    if (state_ == CONNECTION_CLOSED) {
+      sending_ = std::string();
+      return;
+    }
+    if (!isOver) {
+      sent_ += size;
+      sendWaiting();
+      isOver = state_ == CONNECTION_CLOSING && sending_.empty();
+    }
   }
   if (isOver) end(OPERATION_WRITE, error);
 }
@@ -187,7 +194,7 @@ void TCPConnection::end(ConnectionOperation operation, const error_code& error) 
   if (state_ == CONNECTION_CLOSED) return;
   error_code ignored;  // the system's answer changes nothing: the descriptor is gone
   socket_.close(ignored);
-  waiting_.clear();
+  waiting_ = std::string();
   changeState(CONNECTION_CLOSED, operation, error);
 }
 
@@ -202,6 +209,7 @@ void TCPConnection::changeState(ConnectionState state, ConnectionOperation opera
       callback = self->stateFunc_;
       if (state == CONNECTION_CLOSED) {
         // They may hold what holds this connection.
+        self->isOver_ = true;
         self->stateFunc_.reset();
         dropped.swap(self->dataFunc_);
       }

@@ -51,7 +51,8 @@ class TCPConnection : public boost::enable_shared_from_this<TCPConnection> {
   TCPConnection& operator=(const TCPConnection&) = delete;
 
   /// Sets the callback for data, or for changes of state, in place of the one before, which may still be running. An
-  /// empty one means that nobody wants to know. Both are forgotten when the closed state has been told.
+  /// empty one means that nobody wants to know. Both are forgotten when the closed state has been told, and so are
+  /// those that are set later.
   void handleDataFunc(DataFunc callback);
   void handleStateFunc(StateFunc callback);
 
@@ -67,7 +68,8 @@ class TCPConnection : public boost::enable_shared_from_this<TCPConnection> {
   /// Throws std::invalid_argument if `delimiter` is empty.
   ///
   /// If the peer has closed its side, the connection ends when all lines before have been read: at once, or
-  /// CONNECTION_CLOSING until what is still to be sent has been.
+  /// CONNECTION_CLOSING until what is still to be sent has been. (A peer that does not read what it gets keeps it so:
+  /// to close such a connection is the owner's business.)
   void asyncReadUntil(std::string_view delimiter);
   /// Sends `data` behind what was to be sent before. On failure nothing of it is sent: `not_connected` unless the
   /// connection is open, `no_buffer_space` while WRITE_LIMIT is reached (the peer does not read).
@@ -112,6 +114,8 @@ class TCPConnection : public boost::enable_shared_from_this<TCPConnection> {
   std::string sending_;
   std::size_t sent_ = 0;
   std::string waiting_;
+  // The closed state has been told.
+  bool isOver_ = false;
 
   // Touched in the strand only.
   detail::LineBuffer received_;

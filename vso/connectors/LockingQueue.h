@@ -32,11 +32,24 @@ class LockingQueue {
   /// Waits, without an end, until there is an item, and moves the first into `out`.
   void pop(T& out) {
     boost::unique_lock<boost::mutex> lock(mutex_);
-    while (items_.empty()) condition_.wait(lock);
+    passOnIfInterrupted([&] {
+      while (items_.empty()) condition_.wait(lock);
+    });
     out = takeFirst();
   }
 
  protected:
+  /// Waits, with the mutex held. A thread that is woken for an item and interrupted before it has it wakes another.
+  template <typename Wait>
+  void passOnIfInterrupted(const Wait& wait) {
+    try {
+      wait();
+    } catch (...) {
+      if (!items_.empty()) condition_.notify_one();
+      throw;
+    }
+  }
+
   /// Removes the first item. The mutex is held, and there is one.
   T takeFirst() {
     T first = std::move(items_.front());

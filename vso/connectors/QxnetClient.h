@@ -16,7 +16,8 @@ class QxnetClient {
 
   /// A line has come. It ends with its delimiter, "\r\n", and is longer than that.
   virtual void handleData(QxnetTcpConnectionPtr connection, const std::string& data) = 0;
-  /// A connection has changed its state. On the open state of a connection somebody has to call its
+  /// A connection has changed its state: mostly opened first, and closed last. One that the server is stopped upon is
+  /// told as closed without having opened. On the open state of a connection somebody has to call its
   /// `asyncReadUntil("\r\n")` once, or no line is ever read from it.
   virtual void handleState(QxnetTcpConnectionPtr connection, QxnetConnectionState state,
                            QxnetConnectionState previousState, QxnetConnectionOperation operation,

@@ -24,7 +24,10 @@ QxnetTcpConnectionPtr QxnetTcpConnectionQueue::pop() {
 QxnetTcpConnectionPtr QxnetTcpConnectionQueue::pop(const milliseconds& timeout) {
   if (timeout <= milliseconds::zero()) return QxnetTcpConnectionQueue::pop();
   boost::unique_lock<boost::mutex> lock(mutex_);
-  if (items_.empty()) condition_.wait_until(lock, steady_clock::now() + std::min(timeout, LONGEST_WAIT));
+  const steady_clock::time_point deadline = steady_clock::now() + std::min(timeout, LONGEST_WAIT);
+  passOnIfInterrupted([&] {
+    if (items_.empty()) condition_.wait_until(lock, deadline);
+  });
   return items_.empty() ? QxnetTcpConnectionPtr() : takeFirst();
 }
 

@@ -1,9 +1,16 @@
 // A crowd of TCP clients on the loopback, as a process of its own.
 //
-//   line_crowd send PORT CONNECTIONS LINES SEED     each connection sends so many lines, in fragments, and ends its
-//   side line_crowd vanish PORT CONNECTIONS LINES SEED   the same, but each goes away somewhere on the way, in one of
-//   three ways line_crowd stand PORT CONNECTIONS               connects so often at once, and holds on until standard
-//   input ends
+//   line_crowd send PORT CONNECTIONS LINES SEED
+//
+// Each connection sends so many lines, in fragments, and ends its side.
+//
+//   line_crowd vanish PORT CONNECTIONS LINES SEED
+//
+// The same, but each goes away somewhere on the way, in one of three ways.
+//
+//   line_crowd stand PORT CONNECTIONS
+//
+// Connects so often at once, and holds on until standard input ends.
 //
 // Exits with 0 when all is done as said; in `stand` also if some connections are never accepted.
 #include <arpa/inet.h>
