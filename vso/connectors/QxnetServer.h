@@ -16,8 +16,9 @@ class QxnetClient;
 /// bare delimiter to one client, which hears of the connections' states too. Starts no thread: it works on the context
 /// that it was given.
 ///
-///   const auto server = boost::make_shared<QxnetServer>(context, boost::asio::ip::address_v4::loopback(), 8080,
-///   client); if (const BErrorCode error = server->start()) ... context.run();
+///   const auto server = boost::make_shared<QxnetServer>(context, boost::asio::ip::address_v4::loopback(), 80, client);
+///   if (const BErrorCode error = server->start()) return error;
+///   context.run();
 class QxnetServer : public net::stream::TCPServer {
  public:
   /// Opens nothing. Context and client must outlive the server and its connections. With port 0 the system chooses one,

@@ -5,7 +5,7 @@
 
 namespace qx {
 
-/// A fixed-capacity buffer: `contents[0 .. length_)` is in use. Never allocates and never throws.
+/// A fixed-capacity buffer: `contents[0..length_)` is in use. Never allocates and never throws.
 ///
 /// Only whole-buffer copies check the capacity. `length_` is a plain field, and a careless writer can set it above
 /// CAPACITY; FrameReader and FrameWriter, through which frame fields are read and written, stay inside the storage all

@@ -23,7 +23,7 @@ namespace detail {
 enum class RecordLayout : int;
 }
 
-/// One ZCL frame, held in the object exactly as it travels: `contents[0 .. length_)`.
+/// One ZCL frame, held in the object exactly as it travels: `contents[0..length_)`.
 ///
 ///   offset   with manufacturer code   size   field (numbers little-endian)
 ///   0        0                        1      frame control

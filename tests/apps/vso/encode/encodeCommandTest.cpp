@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "support/ProgramRunner.h"
 #include "apps/vso/encode/CommandRow.h"
+#include "support/ProgramRunner.h"
 
 namespace qx::app {
 namespace {
