@@ -10,7 +10,10 @@
 #include "apps/vso/ExitStatus.h"
 #include "apps/vso/decode/decodeCommand.h"
 #include "apps/vso/encode/encodeCommand.h"
+#include "apps/vso/node/nodeCommand.h"
 #include "apps/vso/printText.h"
+#include "apps/vso/replay/replayCommand.h"
+#include "apps/vso/serve/serveCommand.h"
 
 namespace {
 
@@ -42,6 +45,9 @@ int run(int argc, char** argv) {
   std::function<int()> chosen;
   addDecodeCommand(program, chosen);
   addEncodeCommand(program, chosen);
+  addReplayCommand(program, chosen);
+  addServeCommand(program, chosen);
+  addNodeCommand(program, chosen);
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

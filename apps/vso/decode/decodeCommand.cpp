@@ -1,12 +1,10 @@
 #include "apps/vso/decode/decodeCommand.h"
 
-#include <fcntl.h>
 #include <log4cplus/loglevel.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
-#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -17,7 +15,9 @@
 
 #include "apps/vso/ExitStatus.h"
 #include "apps/vso/LineReader.h"
+#include "apps/vso/OpenFile.h"
 #include "apps/vso/Output.h"
+#include "apps/vso/colour.h"
 #include "apps/vso/decode/FrameLine.h"
 #include "apps/vso/decode/JsonPrinter.h"
 #include "apps/vso/decode/MetricsSending.h"
@@ -96,33 +96,11 @@ std::string isAddress(const std::string& text) {
   }
 }
 
-TextPrinter::Colour colourFor(const std::string& choice) {
-  const char* const noColour = std::getenv("NO_COLOR");
-  const bool isWelcome = ::isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == '\0');
-  const bool isWanted = choice == "always" || (choice == "auto" && isWelcome);
-  return isWanted ? TextPrinter::Colour::ANSI : TextPrinter::Colour::NONE;
-}
-
 std::unique_ptr<FramePrinter> printerFor(const Options& options) {
   if (options.json) return std::make_unique<JsonPrinter>();
-  return std::make_unique<TextPrinter>(colourFor(options.colour));
+  return std::make_unique<TextPrinter>(isColoured(options.colour) ? TextPrinter::Colour::ANSI
+                                                                  : TextPrinter::Colour::NONE);
 }
-
-/// Closes its descriptor in the end.
-class OpenFile {
- public:
-  explicit OpenFile(const std::string& name) : descriptor_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
-  ~OpenFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-
-  int descriptor() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 class Decoding {
  public:
@@ -217,9 +195,7 @@ void addDecodeCommand(CLI::App& program, std::function<int()>& chosen) {
   command->add_option("FILE", options->files, "Files with one frame a line; - or none for standard input")
       ->option_text("...");
   command->add_flag("--json", options->json, "Print one JSON object a line");
-  command->add_option("--color", options->colour, "auto: on a terminal, unless NO_COLOR is set")
-      ->check(CLI::IsMember({"auto", "always", "never"}))
-      ->option_text("auto|always|never");
+  addColourOption(*command, options->colour);
   CLI::Option* const metrics = command->add_flag("--metrics", options->metrics, "Send the metrics of reports on");
   command->add_option("--metrics-name", options->metricsName, "NAME in those, vso unless given")
       ->option_text("NAME")

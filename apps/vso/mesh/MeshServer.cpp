@@ -1,0 +1,339 @@
+#include "apps/vso/mesh/MeshServer.h"
+
+#include <boost/date_time/c_local_time_adjustor.hpp>
+#include <boost/date_time/posix_time/conversion.hpp>
+#include <list>
+#include <utility>
+
+#include "vso/identifiers/FrameReader.h"
+#include "vso/layout/FrameVerdict.h"
+#include "vso/logging/Log.h"
+#include "vso/mesh/AccessPoint.h"
+#include "vso/node/MessageFailHistogram.h"
+#include "vso/node/RebootHistogram.h"
+#include "vso/proto/EventHistogramPBuf.pb.h"
+#include "vso/serial/vsoProtobufHelpers.h"
+#include "vso/zcl/QxZclAnnounce.h"
+#include "vso/zcl/QxZclDiagnostics.h"
+#include "vso/zcl/QxZclHaDiagnostics.h"
+#include "vso/zcl/ZclGeneralCommand.h"
+#include "vso/zcl/ZclProfile.h"
+#include "vso/zdo/ZdoNetworkLqiResponse.h"
+#include "vso/zdo/ZdoNetworkRtgResponse.h"
+
+namespace qx::app {
+
+namespace {
+
+const log4cplus::Logger logger = log4cplus::Logger::getRoot();
+
+constexpr unsigned short COORDINATOR = 0x0000;
+constexpr unsigned short ZDO_PROFILE = 0x0000;
+
+/// The network status command and two of its codes (Zigbee, network layer).
+constexpr unsigned short NETWORK_STATUS = 0x0003;
+constexpr unsigned char SOURCE_ROUTE_FAILURE = 0x0B;
+constexpr unsigned char MANY_TO_ONE_ROUTE_FAILURE = 0x0C;
+constexpr unsigned int NETWORK_STATUS_SIZE = 3;
+
+/// If a device's own count of its reboots has moved by more than this, it was replaced or reset, which is one reboot.
+constexpr unsigned short MOST_MISSED_REBOOTS = 16;
+
+constexpr unsigned short unsignedId(short id) { return static_cast<unsigned short>(id); }
+
+bool isOf(const RecordedFrame& frame, short profile, short cluster) {
+  return frame.profile == unsignedId(profile) && frame.cluster == unsignedId(cluster);
+}
+
+/// A histogram that begins at `time`, and not when it is made: frames may tell of times that are long gone.
+template <typename Histogram>
+Histogram begunAt(std::time_t time) {
+  qx::pb::EventHistogramPBuf message;
+  message.set_windowsize(Histogram::WINDOW_SIZE);
+  message.mutable_histogram()->Resize(Histogram::WINDOW_SIZE, 0);
+  message.set_allocated_starttime(posixTimeToProtobuf(localTimeOf(time)));
+  message.set_allocated_lastevent(posixTimeToProtobuf(localTimeOf(time)));
+  Histogram histogram(Histogram::WINDOW_SIZE);
+  histogram.fromProtobuf(message);
+  return histogram;
+}
+
+ZigbeeNode newNode(const Euid& euid, std::time_t time) {
+  ZigbeeNode node;
+  node.lid(euid);
+  node.rebootsHistogram(begunAt<RebootHistogram>(time));
+  node.sourceRouteFailuresHistogram(begunAt<MessageFailHistogram>(time));
+  node.manyToOneRouteFailuresHistogram(begunAt<MessageFailHistogram>(time));
+  return node;
+}
+
+/// How often a device rebooted between two announcements.
+unsigned short rebootsBetween(unsigned short before, unsigned short now) {
+  const auto difference = static_cast<unsigned short>(now - before);
+  return difference <= MOST_MISSED_REBOOTS ? difference : 1;
+}
+
+}  // namespace
+
+MeshServer::Outcome MeshServer::take(const RecordedFrame& frame) {
+  const Outcome outcome = sorted(frame);
+  switch (outcome) {
+    case Outcome::TAKEN:
+      ++counts_.taken;
+      break;
+    case Outcome::HEARD:
+      ++counts_.heard;
+      break;
+    case Outcome::BROKEN:
+      ++counts_.broken;
+      break;
+    case Outcome::STRANGER:
+      ++counts_.strangers;
+      break;
+  }
+  return outcome;
+}
+
+/// Hands the frame to whom it concerns.
+MeshServer::Outcome MeshServer::sorted(const RecordedFrame& frame) {
+  if (frame.profile == RecordedFrame::NETWORK_LAYER) return routeFailed(frame);
+  const FrameVerdict verdict = judgeFrame(frame.profile, frame.cluster, frame.bytes);
+  if (verdict.state == FrameVerdict::BROKEN) {
+    VSO_LOG(logger, log4cplus::DEBUG_LOG_LEVEL,
+            "MeshServer::take: frame of " << frame.source << " is not whole: " << verdict);
+    return Outcome::BROKEN;
+  }
+  if (isOf(frame, ZclProfile::QX_ANNOUNCE, QxZclAnnounce::CLUSTER_ID)) return announced(frame);
+  if (frame.profile == ZDO_PROFILE) return answered(frame);
+  ZigbeeNode* const source = node(frame.source);
+  if (source == nullptr) return isZap(frame) ? Outcome::HEARD : Outcome::STRANGER;
+  heard(*source, frame);
+  return diagnosed(frame, *source);
+}
+
+/// A device says who it is.
+MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
+  const QxZclAnnounce announce(frame.bytes);
+  if (announce.commandIdentifier() != ZclGeneralCommand::REPORT_ATTRIBUTES) return Outcome::HEARD;
+  auto found = nodes_.find(frame.source);
+  const bool isNew = found == nodes_.end();
+  if (isNew) found = nodes_.emplace(frame.source, newNode(frame.source, frame.time)).first;
+  ZigbeeNode& node = found->second;
+  heard(node, frame);
+  if (announce.hasBootCount()) {
+    const unsigned short count = announce.bootCount();
+    if (!isNew) {
+      for (auto left = rebootsBetween(node.bootCount(), count); left > 0; --left) {
+        node.addRebootEvent(localTimeOf(frame.time));
+      }
+    }
+    node.bootCount(count);
+  }
+  if (announce.hasProductString()) node.product(announce.productString());
+  if (announce.hasFirmwareVersion()) node.fwVer(announce.firmwareVersion());
+  if (announce.hasReflashVersion()) node.reflashProfile(announce.reflashVersion());
+  if (announce.hasDeviceType()) node.deviceType(announce.deviceType());
+  if (announce.hasChannel()) node.channel(announce.channel());
+  if (announce.hasApPollInterval()) node.apPollInterval(announce.apPollInterval());
+  if (announce.hasParentPollInterval()) node.parentPollInterval(announce.parentPollInterval());
+  if (announce.hasNodeRssi()) {
+    node.rssi(announce.nodeRssi());
+    node.hasRssi(true);
+  }
+  if (announce.hasNodeLqi()) {
+    node.rxLqi(announce.nodeLqi());
+    node.hasRxLqi(true);
+  }
+  if (announce.hasNodeRadioBars()) {
+    node.radioBars(announce.nodeRadioBars());
+    node.hasRadioBars(true);
+  }
+  if (announce.hasBatteryLevel()) {
+    node.batteryLevel(announce.batteryLevel());
+    node.hasBatteryLevel(true);
+  }
+  if (announce.hasApTable()) {
+    std::list<AccessPoint> table;
+    announce.apRouteTable(table);
+    node.setApTable(table);
+  }
+  node.updateSignalStrength();
+  know(node);
+  return Outcome::TAKEN;
+}
+
+/// A node says how it is.
+MeshServer::Outcome MeshServer::diagnosed(const RecordedFrame& frame, ZigbeeNode& node) {
+  if (isOf(frame, ZclProfile::QX_PRIVATE, QxZclDiagnostics::CLUSTER_ID)) {
+    const QxZclDiagnostics diagnostics(frame.bytes);
+    QxdiagnosticsNodeCounters counters;
+    unsigned int uptime = 0;
+    const bool hasCounters = diagnostics.parseReadAttributesResponse(counters);
+    const bool hasUptime = diagnostics.parseReadAttributesResponse(uptime);
+    if (hasCounters) node.packetCounters(counters);
+    if (hasUptime) node.uptime(uptime);
+    return hasCounters || hasUptime ? Outcome::TAKEN : Outcome::HEARD;
+  }
+  if (isOf(frame, ZclProfile::HOME_AUTOMATION, QxZclHaDiagnostics::CLUSTER_ID)) {
+    const QxZclHaDiagnostics diagnostics(frame.bytes);
+    if (diagnostics.commandIdentifier() != ZclGeneralCommand::REPORT_ATTRIBUTES) return Outcome::HEARD;
+    return diagnostics.sendMetrics("vso", node.lid()) ? Outcome::HEARD : Outcome::TAKEN;
+  }
+  return Outcome::HEARD;
+}
+
+/// A node or an access point answers the server: a page of one of its tables, mostly.
+MeshServer::Outcome MeshServer::answered(const RecordedFrame& frame) {
+  ZigbeeNode* const source = node(frame.source);
+  if (source == nullptr && !isZap(frame)) return Outcome::STRANGER;
+  if (source != nullptr) heard(*source, frame);
+  Zap* const zap = source == nullptr ? &zapOf(frame) : nullptr;
+  Pages& pages = pages_[frame.source];
+  if (frame.cluster == ZdoNetworkLqiResponse::COMMAND_ID) {
+    const ZdoNetworkLqiResponse response(frame.bytes);
+    if (response.status() != QX_ZDP_SUCCESS) return Outcome::HEARD;
+    std::list<Hop> page;
+    response.hops(page);
+    if (!pages.hops.take(response.totalNeighborTableEntriesOnDevice(), response.startIndex(), page)) {
+      return Outcome::TAKEN;
+    }
+    if (zap != nullptr) zap->setHopList(pages.hops.rows());
+    if (source != nullptr) source->setHopList(pages.hops.rows());
+    pages.hops = {};
+    return Outcome::TAKEN;
+  }
+  if (frame.cluster == ZdoNetworkRtgResponse::COMMAND_ID) {
+    const ZdoNetworkRtgResponse response(frame.bytes);
+    if (response.status() != QX_ZDP_SUCCESS) return Outcome::HEARD;
+    std::list<Route> page;
+    response.routes(page);
+    if (!pages.routes.take(response.totalRoutingTableEntriesOnDevice(), response.startIndex(), page)) {
+      return Outcome::TAKEN;
+    }
+    if (zap != nullptr) zap->setRoutes(pages.routes.rows());
+    if (source != nullptr) source->setMtoRouteList(pages.routes.rows());
+    pages.routes = {};
+    return Outcome::TAKEN;
+  }
+  return Outcome::HEARD;
+}
+
+/// A router says that it could not go on with a message: on a source route, to the node that was to get it; on a
+/// many-to-one route, to an access point, from the node that sent it.
+MeshServer::Outcome MeshServer::routeFailed(const RecordedFrame& frame) {
+  if (frame.cluster != NETWORK_STATUS) return Outcome::HEARD;
+  if (frame.bytes.length_ != NETWORK_STATUS_SIZE) return Outcome::BROKEN;
+  FrameReader in(frame.bytes);
+  const unsigned char status = in.u8();
+  const unsigned short destination = in.u16le();
+  if (status == SOURCE_ROUTE_FAILURE) {
+    const auto found = byShortAddress_.find(destination);
+    ZigbeeNode* const target = found == byShortAddress_.end() ? nullptr : node(found->second);
+    if (target == nullptr) return Outcome::STRANGER;
+    target->addSourceRouteFailure(localTimeOf(frame.time));
+    return Outcome::TAKEN;
+  }
+  ZigbeeNode* const source = node(frame.source);
+  if (source == nullptr) return Outcome::STRANGER;
+  heard(*source, frame);
+  if (status != MANY_TO_ONE_ROUTE_FAILURE) return Outcome::HEARD;
+  source->addManyToOneRouteFailure(localTimeOf(frame.time));
+  return Outcome::TAKEN;
+}
+
+bool MeshServer::isZap(const RecordedFrame& frame) const {
+  return zaps_.count(frame.source) != 0 || frame.shortAddress == COORDINATOR ||
+         zapAddresses_.count(frame.shortAddress) != 0;
+}
+
+/// The record of the access point that a frame comes from, a new one if need be.
+Zap& MeshServer::zapOf(const RecordedFrame& frame) {
+  auto found = zaps_.find(frame.source);
+  if (found == zaps_.end()) {
+    const bool isCoordinator = frame.shortAddress == COORDINATOR;
+    // Of a frame's source nothing more is known.
+    found =
+        zaps_.emplace(frame.source, Zap(0, 0, isCoordinator, frame.source, PanId(), 0, 0, -1, 0, isCoordinator, 0, 0))
+            .first;
+  }
+  found->second.sid(frame.shortAddress);
+  return found->second;
+}
+
+void MeshServer::heard(ZigbeeNode& node, const RecordedFrame& frame) {
+  if (node.sid() != frame.shortAddress) {
+    byShortAddress_.erase(node.sid());
+    node.sid(frame.shortAddress);
+    byShortAddress_[frame.shortAddress] = frame.source;
+  }
+  node.lastContact(frame.time);
+  node.online(true);
+  node.awake(true);
+}
+
+/// Learns from a node's record how it is found, and who is an access point.
+void MeshServer::know(const ZigbeeNode& node) {
+  byShortAddress_[node.sid()] = node.lid();
+  std::list<AccessPoint> table;
+  node.getApTable(table);
+  for (const AccessPoint& zap : table) zapAddresses_.insert(zap.destination_);
+}
+
+ZigbeeNode* MeshServer::node(const Euid& euid) {
+  const auto found = nodes_.find(euid);
+  return found == nodes_.end() ? nullptr : &found->second;
+}
+
+void MeshServer::restore(Nodes nodes, Zaps zaps) {
+  nodes_ = std::move(nodes);
+  zaps_ = std::move(zaps);
+  pages_.clear();
+  byShortAddress_.clear();
+  zapAddresses_.clear();
+  for (const auto& [euid, node] : nodes_) know(node);
+}
+
+void MeshServer::look(std::time_t now) {
+  for (auto& [euid, node] : nodes_) {
+    const std::time_t silence = now - node.lastContact();
+    node.awake(!node.isEmberSleepy() || silence < NAP);
+    node.online(silence < (node.isEmberSleepy() ? SLEEPERS_SILENCE : SILENCE));
+  }
+}
+
+NetworkHealth MeshServer::health(const Euid& euid) {
+  ZigbeeNode* const found = node(euid);
+  if (found == nullptr) return {};
+  found->updateNetworkHealth();
+  return *found->networkHealth();
+}
+
+NetworkHealth MeshServer::health() {
+  NetworkHealth all;
+  for (auto& [euid, node] : nodes_) {
+    node.updateNetworkHealth();
+    const NetworkHealth::NodeHealth& report = node.networkHealth()->nodeHealth();
+    for (const auto& [reported, items] : report) all.nodeHealth(reported, items);
+  }
+  return all;
+}
+
+const char* nameOf(MeshServer::Outcome outcome) {
+  switch (outcome) {
+    case MeshServer::Outcome::TAKEN:
+      return "taken";
+    case MeshServer::Outcome::HEARD:
+      return "heard";
+    case MeshServer::Outcome::BROKEN:
+      return "broken";
+    case MeshServer::Outcome::STRANGER:
+      return "stranger";
+  }
+  return "";
+}
+
+BPosixTime localTimeOf(std::time_t seconds) {
+  return boost::date_time::c_local_adjustor<BPosixTime>::utc_to_local(boost::posix_time::from_time_t(seconds));
+}
+
+}  // namespace qx::app

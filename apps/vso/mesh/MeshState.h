@@ -1,0 +1,29 @@
+// A mesh that outlives its server.
+#pragma once
+
+#include <string>
+
+#include "apps/vso/mesh/MeshServer.h"
+#include "apps/vso/mesh/StateDirectory.h"
+
+namespace qx::app {
+
+/// Ties a mesh to a folder: restores it from there, and saves it.
+class MeshState {
+ public:
+  static constexpr const char* FILE_NAME = "mesh.state";
+
+  /// Restores `mesh` if the folder holds one. A file that does not read is kept aside, which standard error says; the
+  /// mesh is left as it is then. Throws as StateDirectory.
+  MeshState(const std::string& folder, MeshServer& mesh);
+
+  /// Throws as StateDirectory; the folder then holds what it held.
+  void save() const;
+  std::string file() const { return folder_.fileOf(FILE_NAME); }
+
+ private:
+  StateDirectory folder_;
+  MeshServer& mesh_;
+};
+
+}  // namespace qx::app

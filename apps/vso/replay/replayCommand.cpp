@@ -1,0 +1,175 @@
+#include "apps/vso/replay/replayCommand.h"
+
+#include <log4cplus/loglevel.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "apps/vso/ExitStatus.h"
+#include "apps/vso/LineReader.h"
+#include "apps/vso/OpenFile.h"
+#include "apps/vso/colour.h"
+#include "apps/vso/encode/argumentValues.h"
+#include "apps/vso/mesh/MeshServer.h"
+#include "apps/vso/mesh/MeshState.h"
+#include "apps/vso/mesh/RecordedFrame.h"
+#include "apps/vso/mesh/nodeTable.h"
+#include "apps/vso/printText.h"
+#include "apps/vso/replay/ProgressBar.h"
+#include "qxlogger/Logger.h"
+
+namespace qx::app {
+
+namespace {
+
+constexpr const char* HELP = R"(Lines:
+  A line holds when a frame came (seconds since 1970), the long and the short
+  address of its source, and profile, cluster and bytes as vso decode reads
+  them. A '#' starts a comment.
+
+    1700000000 0011223344556677 0x1a2b 0x0104 6 18 05 01 00 00 00 10 01
+
+  Under the profile 0xFFFF stand commands of the network layer, the cluster
+  being the command: 3, the network status, tells of routes that failed.
+
+Times:
+  Health looks at the last hours and days. A recording is therefore moved in
+  time so that its last frame comes now, unless --as-recorded is given.
+
+Output:
+  A table of the nodes: name, type, short address, bars of signal, whether the
+  node is there, and three stories with their lights: reboots a day, failures
+  an hour of routes to the server and of routes from it.
+
+Exit status:
+  0  every line was replayed
+  1  a line or a file could not be read (standard error says which; the others
+     are replayed all the same), or state or output could not be written
+  2  wrong usage)";
+
+struct Options {
+  std::vector<std::string> files;
+  std::string state;
+  bool asRecorded = false;
+  std::string colour = "auto";
+};
+
+/// What a first look at the files finds.
+struct Extent {
+  std::size_t lines = 0;
+  std::time_t first = 0;
+  std::time_t last = 0;
+};
+
+class Replay {
+ public:
+  explicit Replay(const Options& options) : options_(options) {}
+
+  int run() {
+    const Extent extent = measure();
+    const std::time_t shift = options_.asRecorded || extent.lines == 0 ? 0 : std::time(nullptr) - extent.last;
+    MeshServer mesh(extent.first + shift);
+    std::optional<MeshState> state;
+    if (!options_.state.empty()) state.emplace(options_.state, mesh);
+    {
+      ProgressBar progress("replaying", extent.lines);
+      std::size_t done = 0;
+      forEachFrame(
+          [&](RecordedFrame& frame) {
+            frame.time += shift;
+            mesh.take(frame);
+            progress.at(++done);
+          },
+          [&](const std::string& complaint) {
+            progress.hide();
+            complain(complaint);
+          });
+    }
+    mesh.look(extent.last + shift);
+    if (state) state->save();
+    const int printed = printText(nodeTable(mesh, isColoured(options_.colour)) + summaryOf(mesh));
+    return printed == ExitStatus::DONE ? status_ : printed;
+  }
+
+ private:
+  Extent measure() const {
+    Extent extent;
+    forEachFrame(
+        [&](const RecordedFrame& frame) {
+          extent.first = extent.lines == 0 ? frame.time : std::min(extent.first, frame.time);
+          extent.last = std::max(extent.last, frame.time);
+          ++extent.lines;
+        },
+        [](const std::string&) {});
+    return extent;
+  }
+
+  template <typename Use, typename Complain>
+  void forEachFrame(const Use& use, const Complain& complainOf) const {
+    for (const std::string& name : options_.files) {
+      const OpenFile file(name);
+      if (file.descriptor() < 0) {
+        complainOf("vso: " + name + ": " + std::generic_category().message(errno));
+        continue;
+      }
+      LineReader reader(file.descriptor());
+      while (reader.next()) {
+        try {
+          if (reader.isTooLong()) throw BadArgument("the line is too long");
+          std::optional<RecordedFrame> frame = parseRecordedFrame(reader.line());
+          if (frame) use(*frame);
+        } catch (const BadArgument& error) {
+          complainOf(name + ":" + std::to_string(reader.number()) + ": " + error.what());
+        }
+      }
+      if (reader.error() != 0) complainOf("vso: " + name + ": " + std::generic_category().message(reader.error()));
+    }
+  }
+
+  void complain(const std::string& complaint) {
+    std::cerr << complaint << "\n";
+    status_ = ExitStatus::TROUBLE;
+  }
+
+  static std::string summaryOf(const MeshServer& mesh) {
+    const MeshServer::Counts& counts = mesh.counts();
+    return "\n" + std::to_string(mesh.nodes().size()) + " nodes, " + std::to_string(mesh.zaps().size()) +
+           " access points; " + std::to_string(counts.total()) + " frames, of which " + std::to_string(counts.broken) +
+           " broken and " + std::to_string(counts.strangers) + " from strangers\n";
+  }
+
+  const Options& options_;
+  int status_ = ExitStatus::DONE;
+};
+
+int replay(const Options& options) {
+  // The library warns of what frames lack. The summary counts it.
+  Logger::setLevel(log4cplus::FATAL_LOG_LEVEL);
+  return Replay(options).run();
+}
+
+}  // namespace
+
+void addReplayCommand(CLI::App& program, std::function<int()>& chosen) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = program.add_subcommand("replay", "Run recordings of a mesh through a small server.");
+  command->add_option("FILE", options->files, "Recordings, one frame a line, in the order of their days")
+      ->option_text("...")
+      ->required();
+  command->add_option("--state", options->state, "Go on from the mesh kept in this folder, and keep it there")
+      ->option_text("DIR");
+  command->add_flag("--as-recorded", options->asRecorded, "Leave the times as they are");
+  addColourOption(*command, options->colour);
+  command->footer(HELP);
+  command->callback([options, &chosen] { chosen = [options] { return replay(*options); }; });
+}
+
+}  // namespace qx::app

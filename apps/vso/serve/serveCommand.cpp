@@ -1,0 +1,212 @@
+#include "apps/vso/serve/serveCommand.h"
+
+#include <log4cplus/loglevel.h>
+
+#include <CLI/CLI.hpp>
+#include <boost/asio/ip/address.hpp>
+#include <boost/asio/signal_set.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/smart_ptr/make_shared.hpp>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "apps/vso/ExitStatus.h"
+#include "apps/vso/encode/argumentValues.h"
+#include "apps/vso/mesh/MeshServer.h"
+#include "apps/vso/mesh/MeshState.h"
+#include "apps/vso/serve/LineCommands.h"
+#include "qxlogger/Logger.h"
+#include "qxnet/TCPConnection.h"
+#include "vso/connectors/QxMetricsClient.h"
+#include "vso/connectors/QxnetClient.h"
+#include "vso/connectors/QxnetServer.h"
+
+namespace qx::app {
+
+namespace {
+
+constexpr const char* DELIMITER = "\r\n";
+
+constexpr const char* HELP = R"(Protocol:
+  Lines that end with CR LF, each answered in turn by "ok", "ok TEXT", "error
+  TEXT", or "block N" and N lines more.
+
+)";
+
+constexpr const char* EXAMPLES = R"(
+  A line of a recording is fed by putting "frame" in front of it.
+
+State:
+  The folder holds the mesh (mesh.state), the id of the process that uses it
+  (vso.pid) and that process's lock. The mesh is saved on "save", now and then,
+  and at the end, by SIGTERM or SIGINT.
+
+Exit status:
+  0  ended by a signal, and the mesh is saved
+  1  it could not listen, or the state could not be used or saved
+  2  wrong usage)";
+
+struct Options {
+  std::string listen = "127.0.0.1:7410";
+  std::string state;
+  unsigned int saveEvery = 300;
+  bool metrics = false;
+};
+
+struct Place {
+  boost::asio::ip::address address;
+  unsigned short port = 0;
+};
+
+/// "127.0.0.1:7410" or "[::1]:7410". Throws BadArgument.
+Place placeOf(const std::string& text) {
+  const std::size_t colon = text.rfind(':');
+  if (colon == std::string::npos) throw BadArgument(quoted(text) + " is no address and port");
+  std::string address = text.substr(0, colon);
+  if (address.size() > 2 && address.front() == '[' && address.back() == ']')
+    address = address.substr(1, address.size() - 2);
+  Place place;
+  boost::system::error_code error;
+  place.address = boost::asio::ip::make_address(address, error);
+  if (error) throw BadArgument(qx::app::quoted(address) + " is no address");
+  constexpr long long LAST_PORT = 65535;
+  place.port = static_cast<unsigned short>(parseNumber(text.substr(colon + 1), 0, LAST_PORT));
+  return place;
+}
+
+/// Hands the lines of all clients to the commands, and their answers back.
+class Clients : public QxnetClient {
+ public:
+  explicit Clients(LineCommands& commands) : commands_(commands) {}
+
+  void handleData(QxnetTcpConnectionPtr connection, const std::string& data) override {
+    // Who does not read the answers has enough questions.
+    if (connection->asyncWrite(commands_.answer(data))) connection->close();
+  }
+  void handleState(QxnetTcpConnectionPtr connection, QxnetConnectionState state, QxnetConnectionState /*previousState*/,
+                   QxnetConnectionOperation /*operation*/, const BErrorCode& /*error*/) override {
+    if (state != net::stream::CONNECTION_OPEN) return;
+    QxnetServer::commonSocketOptions(connection);
+    connection->asyncReadUntil(DELIMITER);
+  }
+
+ private:
+  LineCommands& commands_;
+};
+
+class Serving {
+ public:
+  explicit Serving(const Options& options)
+      : options_(options),
+        mesh_(std::time(nullptr)),
+        state_(options.state, mesh_),
+        commands_(mesh_, [this] { state_.save(); }),
+        clients_(commands_),
+        place_(placeOf(options.listen)),
+        server_(boost::make_shared<QxnetServer>(mesh_.context(), place_.address, place_.port, clients_)),
+        end_(mesh_.context(), SIGTERM, SIGINT),
+        nextSave_(mesh_.context()) {}
+
+  int run() {
+    if (options_.metrics) {
+      // The mesh's own, which lives longer than anything is sent.
+      QxMetricsClient::instance().initializeDataLakeConnection(
+          boost::shared_ptr<boost::asio::io_context>(&mesh_.context(), [](auto* /*context*/) {}));
+    }
+    if (const BErrorCode error = server_->start()) {
+      std::cerr << "vso: cannot listen at " << options_.listen << ": " << error.message() << "\n";
+      return ExitStatus::TROUBLE;
+    }
+    if (!place_.address.is_loopback()) {
+      std::cerr << "vso: whoever reaches " << server_->endpoint() << " can change the mesh\n";
+    }
+    std::cout << "listening at " << server_->endpoint() << (place_.address.is_loopback() ? " (this machine alone)" : "")
+              << ", state in " << state_.file() << ", " << mesh_.nodes().size() << " nodes" << std::endl;
+    end_.async_wait([this](const BErrorCode& /*error*/, int /*signal*/) {
+      server_->stop();
+      nextSave_.cancel();
+    });
+    saveLater();
+    mesh_.context().run();
+    QxMetricsClient::instance().stop();
+    return save() ? ExitStatus::DONE : ExitStatus::TROUBLE;
+  }
+
+ private:
+  void saveLater() {
+    nextSave_.expires_after(std::chrono::seconds(options_.saveEvery));
+    nextSave_.async_wait([this](const BErrorCode& error) {
+      if (error) return;
+      save();
+      saveLater();
+    });
+  }
+
+  bool save() const try {
+    state_.save();
+    return true;
+  } catch (const std::runtime_error& error) {
+    std::cerr << "vso: " << error.what() << "; the mesh is not saved\n";
+    return false;
+  }
+
+  const Options& options_;
+  MeshServer mesh_;
+  MeshState state_;
+  LineCommands commands_;
+  Clients clients_;
+  Place place_;
+  boost::shared_ptr<QxnetServer> server_;
+  boost::asio::signal_set end_;
+  boost::asio::steady_timer nextSave_;
+};
+
+int serve(const Options& options) {
+  // What clients send is answered to them; the library's warnings of it would fill the log.
+  Logger::setLevel(log4cplus::ERROR_LOG_LEVEL);
+  return Serving(options).run();
+}
+
+/// Empty if the text names a place to listen at, otherwise why it does not.
+std::string isPlace(const std::string& text) {
+  try {
+    static_cast<void>(placeOf(text));
+    return {};
+  } catch (const BadArgument& error) {
+    return error.what();
+  }
+}
+
+std::string indented(const std::string& lines) {
+  std::string text = "  ";
+  for (const char c : lines) {
+    text += c;
+    if (c == '\n') text += "  ";
+  }
+  return text.substr(0, text.size() - 2);
+}
+
+}  // namespace
+
+void addServeCommand(CLI::App& program, std::function<int()>& chosen) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = program.add_subcommand("serve", "Run a small mesh server that is spoken to line by line.");
+  command->add_option("--state", options->state, "Folder in which the mesh is kept")->option_text("DIR")->required();
+  command->add_option("--listen", options->listen, "127.0.0.1:7410 unless given; port 0 for any that is free")
+      ->option_text("ADDRESS:PORT")
+      ->check(isPlace, "");
+  constexpr unsigned int A_DAY = 86'400;
+  command->add_option("--save-every", options->saveEvery, "Seconds between two savings, 300 unless given")
+      ->option_text("SECONDS")
+      ->check(CLI::Range(1U, A_DAY));
+  command->add_flag("--metrics", options->metrics, "Send the metrics of reports on");
+  command->footer(HELP + indented(LineCommands::usage()) + EXAMPLES);
+  command->callback([options, &chosen] { chosen = [options] { return serve(*options); }; });
+}
+
+}  // namespace qx::app
