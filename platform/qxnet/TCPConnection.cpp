@@ -23,6 +23,9 @@ using Lock = std::lock_guard<std::mutex>;
 // A buffer that had to grow further for one large message is given back.
 constexpr std::size_t KEPT_CAPACITY = 65'536;
 
+/// Empties a text and gives its memory back, which an assignment would keep.
+void release(std::string& text) { std::string().swap(text); }
+
 /// A callback in a shared place; none if it is empty.
 template <typename Func>
 boost::shared_ptr<const Func> shared(Func callback) {
@@ -161,7 +164,7 @@ void TCPConnection::sendWaiting() {
   if (sent_ == sending_.size()) {
     sent_ = 0;
     sending_.clear();
-    if (sending_.capacity() > KEPT_CAPACITY) sending_ = std::string();
+    if (sending_.capacity() > KEPT_CAPACITY) release(sending_);
     sending_.swap(waiting_);
     if (sending_.empty()) return;
   }
@@ -177,13 +180,16 @@ void TCPConnection::handleWrite(const error_code& error, std::size_t size) {
   {
     const Lock lock(mutex_);
     if (state_ == CONNECTION_CLOSED) {
-      sending_ = std::string();
+      release(sending_);
       return;
     }
     if (!isOver) {
       sent_ += size;
       sendWaiting();
       isOver = state_ == CONNECTION_CLOSING && sending_.empty();
+    } else {
+      release(sending_);
+      sent_ = 0;
     }
   }
   if (isOver) end(OPERATION_WRITE, error);
@@ -194,7 +200,7 @@ void TCPConnection::end(ConnectionOperation operation, const error_code& error) 
   if (state_ == CONNECTION_CLOSED) return;
   error_code ignored;  // the system's answer changes nothing: the descriptor is gone
   socket_.close(ignored);
-  waiting_ = std::string();
+  release(waiting_);
   changeState(CONNECTION_CLOSED, operation, error);
 }
 

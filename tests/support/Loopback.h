@@ -137,6 +137,12 @@ class LoopbackPeer {
     }
     return received_;
   }
+  /// The size of what has come since, of which nothing is kept. Does not wait.
+  std::size_t take() {
+    const std::size_t size = received().size();
+    std::string().swap(received_);  // an assignment would keep the storage
+    return size;
+  }
   /// True if the other end has closed the connection, in whatever way, and everything before that has been received.
   bool isEnded() {
     received();

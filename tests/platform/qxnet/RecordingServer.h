@@ -8,6 +8,7 @@
 #include <boost/smart_ptr/shared_ptr.hpp>
 #include <boost/system/error_code.hpp>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -21,22 +22,25 @@ namespace qx::test {
 
 using ConnectionPtr = boost::shared_ptr<net::stream::TCPConnection>;
 
-/// A connection that calls a hook when the server has started it, which is inside the server's accept.
+/// A connection that calls a hook before and a hook after the server starts it, which is inside the server's accept.
 class HookedConnection : public net::stream::TCPConnection {
  public:
-  HookedConnection(boost::asio::io_context& ioContext, std::function<void()> hook)
-      : TCPConnection(ioContext), hook_(std::move(hook)) {}
+  HookedConnection(boost::asio::io_context& ioContext, std::function<void()> before, std::function<void()> after)
+      : TCPConnection(ioContext), before_(std::move(before)), after_(std::move(after)) {}
 
   void start() override {
+    before_();
     TCPConnection::start();
-    hook_();
+    after_();
   }
 
  private:
-  std::function<void()> hook_;
+  std::function<void()> before_;
+  std::function<void()> after_;
 };
 
-/// Reads lines that end with "\n" from every connection.
+/// Reads lines that end with "\n" from every connection. The context may be run by several threads: `events` may be
+/// read meanwhile, the rest of the record when they have ended, and hooks stay what they are.
 class RecordingServer : public net::stream::TCPServer {
  public:
   explicit RecordingServer(boost::asio::io_context& context,
@@ -47,6 +51,7 @@ class RecordingServer : public net::stream::TCPServer {
   using TCPServer::acceptor_;
 
   unsigned int connectionHash(ConnectionPtr connection) const override {
+    onHash(connection);
     return fixedHash ? *fixedHash : TCPServer::connectionHash(std::move(connection));
   }
 
@@ -59,15 +64,24 @@ class RecordingServer : public net::stream::TCPServer {
   // What is to happen. A hook may replace itself: its copy runs.
   std::function<void(const std::string&)> onData = [](auto&&...) {};
   std::function<void(const ConnectionPtr&, net::stream::ConnectionState)> onState = [](auto&&...) {};
+  std::function<void()> onStarting = [] {};
   std::function<void()> onStarted = [] {};
   std::function<void()> onCreate = [] {};
+  // An accept has ended, and the server has not handled it yet.
+  std::function<void()> onAccept = [] {};
+  // The hash of a connection is wanted, by the server for its table.
+  std::function<void(const ConnectionPtr&)> onHash = [](auto&&...) {};
   std::optional<unsigned int> fixedHash;
   std::optional<boost::system::error_code> nextAccept;
 
  protected:
   ConnectionPtr createConnection() override {
-    created.emplace_back(new HookedConnection(context_, [this] { runCopyOf(onStarted); }));
-    const ConnectionPtr connection = created.back();
+    const ConnectionPtr connection(new HookedConnection(
+        context_, [this] { runCopyOf(onStarting); }, [this] { runCopyOf(onStarted); }));
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      created.push_back(connection);
+    }
     connection->handleDataFunc([this](auto&&...) { events.add("data callback of createConnection"); });
     connection->handleStateFunc([this](auto&&...) { events.add("state callback of createConnection"); });
     runCopyOf(onCreate);
@@ -81,7 +95,10 @@ class RecordingServer : public net::stream::TCPServer {
   void handleState(ConnectionPtr connection, net::stream::ConnectionState state, net::stream::ConnectionState previous,
                    net::stream::ConnectionOperation operation, const boost::system::error_code& error) override {
     if (state == net::stream::CONNECTION_OPEN) {
-      opened.push_back(connection);
+      {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        opened.push_back(connection);
+      }
       connection->asyncReadUntil("\n");
     }
     events.add(changeOf(state, previous, operation, error));
@@ -89,9 +106,14 @@ class RecordingServer : public net::stream::TCPServer {
   }
   /// `nextAccept`, once, in place of how it went.
   void handleAccept(const boost::system::error_code& error) override {
-    const boost::system::error_code outcome = nextAccept.value_or(error);
-    nextAccept.reset();
-    accepts.push_back(outcome);
+    boost::system::error_code outcome = error;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      outcome = nextAccept.value_or(error);
+      nextAccept.reset();
+      accepts.push_back(outcome);
+    }
+    runCopyOf(onAccept);
     TCPServer::handleAccept(outcome);
   }
 
@@ -102,6 +124,7 @@ class RecordingServer : public net::stream::TCPServer {
   }
 
   boost::asio::io_context& context_;
+  std::mutex mutex_;
 };
 
 }  // namespace qx::test

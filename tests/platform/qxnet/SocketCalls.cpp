@@ -1,10 +1,11 @@
 #include "platform/qxnet/SocketCalls.h"
 
-#include <dlfcn.h>
 #include <sys/socket.h>
 
 #include <atomic>
 #include <cerrno>
+
+#include "support/NextFunction.h"
 
 namespace qx::test {
 namespace {
@@ -23,12 +24,6 @@ bool fails(Call call) {
   return true;
 }
 
-/// The system's function of that name.
-template <typename Function>
-Function* real(const char* name) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 FailingCall::FailingCall(Call call, int error) {
@@ -44,40 +39,40 @@ int lastBacklog() { return backlog; }
 
 using qx::test::Call;
 using qx::test::fails;
-using qx::test::real;
+using qx::test::nextFunction;
 
 // In front of the system's own.
 extern "C" {
 
 int socket(int domain, int type, int protocol) noexcept {
-  static auto* const next = real<decltype(socket)>("socket");
+  static auto* const next = nextFunction<decltype(socket)>("socket");
   return fails(Call::SOCKET) ? -1 : next(domain, type, protocol);
 }
 
 int setsockopt(int descriptor, int level, int name, const void* value, socklen_t size) noexcept {
-  static auto* const next = real<decltype(setsockopt)>("setsockopt");
+  static auto* const next = nextFunction<decltype(setsockopt)>("setsockopt");
   if (level == SOL_SOCKET && name == SO_REUSEADDR && fails(Call::REUSE_ADDRESS)) return -1;
   return next(descriptor, level, name, value, size);
 }
 
 int bind(int descriptor, const sockaddr* address, socklen_t size) noexcept {
-  static auto* const next = real<decltype(bind)>("bind");
+  static auto* const next = nextFunction<decltype(bind)>("bind");
   return fails(Call::BIND) ? -1 : next(descriptor, address, size);
 }
 
 int listen(int descriptor, int count) noexcept {
-  static auto* const next = real<decltype(listen)>("listen");
+  static auto* const next = nextFunction<decltype(listen)>("listen");
   qx::test::backlog = count;
   return fails(Call::LISTEN) ? -1 : next(descriptor, count);
 }
 
 int accept(int descriptor, sockaddr* address, socklen_t* size) {
-  static auto* const next = real<decltype(accept)>("accept");
+  static auto* const next = nextFunction<decltype(accept)>("accept");
   return fails(Call::ACCEPT) ? -1 : next(descriptor, address, size);
 }
 
 int close(int descriptor) {
-  static auto* const next = real<int(int)>("close");
+  static auto* const next = nextFunction<int(int)>("close");
   const int result = next(descriptor);
   return fails(Call::CLOSE) ? -1 : result;
 }

@@ -6,6 +6,7 @@
 #include <boost/smart_ptr/make_shared.hpp>
 #include <boost/smart_ptr/shared_ptr.hpp>
 #include <cerrno>
+#include <optional>
 #include <vector>
 
 #include "platform/qxnet/RecordingServer.h"
@@ -19,6 +20,7 @@ namespace {
 
 using boost::system::error_code;
 using test::Call;
+using test::CLOSED_BY_OWNER;
 using test::FailingCall;
 using test::LogCapture;
 using test::LoopbackPeer;
@@ -66,6 +68,32 @@ TEST(StreamServer, AcceptWithoutDescriptorsEndsAcceptingWithALine) {
   ASSERT_EQ(1U, lines.size());
   EXPECT_EQ("handleAccept(): Error accepting connection for \"127.0.0.1:0\": Too many open files", lines[0].text);
   EXPECT_EQ(log4cplus::ERROR_LOG_LEVEL, lines[0].level);
+}
+
+TEST(StreamServer, FailedAcceptOfBeforeARestartIsNobodys) {
+  boost::asio::io_context context;
+  const auto server = boost::make_shared<RecordingServer>(context);
+  const LogCapture capture;
+  EXPECT_FALSE(server->start());
+  // The accept behind the first peer's fails when it is begun, and waits to be told.
+  std::optional<FailingCall> failing;
+  server->onCreate = [&failing] { failing.emplace(Call::ACCEPT, EMFILE); };
+  const LoopbackPeer first(server->endpoint().port());
+  EXPECT_TRUE(runUntil(context, [&server] { return server->created.size() == 2; }));
+  server->onCreate = [] {};
+  failing.reset();
+  server->stop();
+  EXPECT_FALSE(server->start());
+  EXPECT_TRUE(runUntil(context, [&server] { return server->events.count() == 2; }));
+  runAWhile(context);
+  EXPECT_THAT(server->accepts, ElementsAre(error_code()));
+  EXPECT_THAT(capture.texts(), IsEmpty());
+  const LoopbackPeer second(server->endpoint().port());
+  EXPECT_TRUE(runUntil(context, [&server] { return server->events.count() == 3; }));
+  EXPECT_THAT(server->events.all(), ElementsAre(OPENED, CLOSED_BY_OWNER, OPENED));
+  server->stop();
+  runAWhile(context);
+  EXPECT_THAT(capture.texts(), IsEmpty());
 }
 
 TEST(StreamServer, InterruptedAcceptIsNoFailure) {

@@ -5,16 +5,21 @@
 #include <log4cplus/loglevel.h>
 
 #include <algorithm>
+#include <atomic>
 #include <boost/asio/error.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 #include <boost/smart_ptr/shared_ptr.hpp>
 #include <boost/smart_ptr/weak_ptr.hpp>
+#include <chrono>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/qxnet/RecordingServer.h"
@@ -47,8 +52,11 @@ class StartedStreamServer : public testing::Test {
     if (server) {
       server->onData = [](auto&&...) {};  // what a hook refers to is gone
       server->onState = [](auto&&...) {};
+      server->onStarting = [] {};
       server->onStarted = [] {};
       server->onCreate = [] {};
+      server->onAccept = [] {};
+      server->onHash = [](auto&&...) {};
       server->stop();
     }
     runAWhile(context);
@@ -69,6 +77,26 @@ class StartedStreamServer : public testing::Test {
     LoopbackPeer& peer = connect();
     EXPECT_TRUE(test::runUntil(context, [&] { return server->opened.size() > before; }));
     return peer;
+  }
+
+  /// After createConnection has thrown.
+  void expectNoAcceptUntilARestart() {
+    const std::size_t accepts = server->accepts.size();
+    const std::size_t events = server->events.count();
+    server->onCreate = [] {};
+    EXPECT_TRUE(server->acceptor_.is_open());
+    connect();  // to the system's queue
+    runAWhile(context);
+    EXPECT_EQ(accepts, server->accepts.size());
+    EXPECT_EQ(events, server->events.count());
+    {
+      const LogCapture own;
+      EXPECT_EQ(boost::asio::error::already_open, server->start());
+    }
+    server->stop();
+    EXPECT_EQ(error_code(), server->start());
+    EXPECT_TRUE(connectAndOpen().send("again\n"));
+    EXPECT_TRUE(test::runUntil(context, [this] { return server->events.all().back() == "again\n"; }));
   }
 
   LogCapture capture;
@@ -170,8 +198,8 @@ TEST_F(StartedStreamServer, StopClosesEveryConnection) {
   const unsigned short port = server->endpoint().port();
   server->stop();
   EXPECT_FALSE(LoopbackPeer(port).isConnected());
-  for (const auto& peer : peers) EXPECT_TRUE(peer->isEnded());
   for (const ConnectionPtr& connection : server->opened) EXPECT_EQ(CONNECTION_CLOSED, connection->state());
+  for (const auto& peer : peers) EXPECT_TRUE(waitUntil([&peer] { return peer->isEnded(); }));
   EXPECT_EQ(3U, server->events.count());  // the rest is told on the context
   ASSERT_TRUE(runUntil(6));
   EXPECT_THAT(server->events.all(),
@@ -246,7 +274,7 @@ TEST_F(StartedStreamServer, MayBeStoppedInADataCallback) {
   ASSERT_TRUE(runUntil(3));
   runAWhile(context);
   EXPECT_THAT(server->events.all(), ElementsAre(OPENED, "one\n", CLOSED_BY_OWNER));
-  EXPECT_TRUE(peer.isEnded());
+  EXPECT_TRUE(waitUntil([&peer] { return peer.isEnded(); }));
 }
 
 TEST_F(StartedStreamServer, MayBeStoppedInAStateCallback) {
@@ -254,7 +282,7 @@ TEST_F(StartedStreamServer, MayBeStoppedInAStateCallback) {
   LoopbackPeer& peer = connectAndOpen();
   ASSERT_TRUE(runUntil(2));
   EXPECT_THAT(server->events.all(), ElementsAre(OPENED, CLOSED_BY_OWNER));
-  EXPECT_TRUE(peer.isEnded());
+  EXPECT_TRUE(waitUntil([&peer] { return peer.isEnded(); }));
   EXPECT_FALSE(server->acceptor_.is_open());
 }
 
@@ -332,7 +360,7 @@ TEST_F(StartedStreamServer, ConnectionAcceptedBeforeAStopIsNobodys) {
   EXPECT_THAT(server->events.all(), ElementsAre(OPENED, CLOSED_BY_OWNER));
   EXPECT_THAT(server->created, IsEmpty());
   EXPECT_THAT(server->opened, testing::SizeIs(1));
-  EXPECT_TRUE(second.isEnded());
+  EXPECT_TRUE(waitUntil([&second] { return second.isEnded(); }));
 }
 
 TEST_F(StartedStreamServer, ConnectionAcceptedBeforeARestartIsNobodys) {
@@ -368,6 +396,121 @@ TEST_F(StartedStreamServer, StoppedWhileItCreatesAConnectionItAcceptsNoMore) {
   server->onCreate = [] {};
   EXPECT_EQ(error_code(), server->start());
   connectAndOpen();
+}
+
+TEST_F(StartedStreamServer, RestartedBetweenAnAcceptAndItsHandlingItAcceptsOnce) {
+  std::vector<ConnectionPtr> entered;
+  server->onHash = [&entered](const ConnectionPtr& connection) { entered.push_back(connection); };
+  server->onAccept = [this] {
+    server->onAccept = [] {};
+    server->stop();
+    EXPECT_EQ(error_code(), server->start());
+  };
+  LoopbackPeer& early = connect();
+  ASSERT_TRUE(test::runUntil(context, [this] { return server->created.size() == 2; }));
+  runAWhile(context);
+  EXPECT_THAT(server->events.all(), IsEmpty());
+  EXPECT_THAT(entered, IsEmpty());
+  EXPECT_EQ(2U, server->created.size());
+  EXPECT_EQ(CONNECTION_OPENING, server->created[1]->state());
+  server->created.erase(server->created.begin());  // the server has let go of it
+  EXPECT_TRUE(waitUntil([&early] { return early.isEnded(); }));
+  ASSERT_TRUE(connectAndOpen().send("late\n"));
+  ASSERT_TRUE(runUntil(2));
+  EXPECT_THAT(server->events.all(), ElementsAre(OPENED, "late\n"));
+  EXPECT_THAT(server->opened, ElementsAre(server->created[0]));
+  EXPECT_THAT(entered, ElementsAre(server->created[0]));
+  EXPECT_THAT(server->accepts, ElementsAre(error_code(), error_code()));
+}
+
+TEST_F(StartedStreamServer, StoppedBetweenAnAcceptAndItsHandlingItTellsNothing) {
+  std::vector<ConnectionPtr> entered;
+  server->onHash = [&entered](const ConnectionPtr& connection) { entered.push_back(connection); };
+  server->onAccept = [this] { server->stop(); };
+  connect();
+  ASSERT_TRUE(test::runUntil(context, [this] { return server->accepts.size() == 1; }));
+  runAWhile(context);
+  EXPECT_THAT(server->events.all(), IsEmpty());
+  EXPECT_THAT(entered, IsEmpty());
+  EXPECT_EQ(1U, server->created.size());
+  EXPECT_THAT(server->accepts, ElementsAre(error_code()));
+}
+
+TEST_F(StartedStreamServer, RestartedWhileItCreatesAConnectionItAcceptsOnce) {
+  const auto restartOnce = [this] {
+    server->onCreate = [] {};
+    server->stop();
+    EXPECT_EQ(error_code(), server->start());
+  };
+  server->onCreate = restartOnce;  // within an accept
+  connect();
+  ASSERT_TRUE(runUntil(2));
+  runAWhile(context);
+  EXPECT_THAT(server->events.all(), ElementsAre(OPENED, CLOSED_BY_OWNER));
+  ASSERT_EQ(3U, server->created.size());
+  connectAndOpen();
+  EXPECT_THAT(server->opened, ElementsAre(server->created[0], server->created[2]));
+  EXPECT_EQ(4U, server->created.size());
+  EXPECT_THAT(server->accepts, ElementsAre(error_code(), error_code()));
+
+  server->stop();
+  server->onCreate = restartOnce;  // within a start
+  EXPECT_EQ(error_code(), server->start());
+  EXPECT_EQ(6U, server->created.size());
+  runAWhile(context);
+  for (std::size_t opened = 3; opened < 6; ++opened) {
+    connectAndOpen();
+    EXPECT_EQ(opened, server->opened.size());
+    EXPECT_EQ(opened + 4, server->created.size());
+  }
+  EXPECT_EQ(server->created[5], server->opened[2]);
+}
+
+TEST_F(StartedStreamServer, ConnectionThatIsStoppedBeforeItsStartIsToldAsClosedAlone) {
+  server->onStarting = [this] { server->stop(); };
+  LoopbackPeer& peer = connect();
+  ASSERT_TRUE(runUntil(1));
+  runAWhile(context);
+  EXPECT_THAT(server->events.all(), ElementsAre("CONNECTION_OPENING -> CONNECTION_CLOSED, OPERATION_CLOSE, Success"));
+  EXPECT_TRUE(waitUntil([&peer] { return peer.isEnded(); }));
+  EXPECT_EQ(nullptr, server->findConnection(server->connectionHash(server->created[0])));
+  EXPECT_EQ(1U, server->created.size());
+}
+
+TEST_F(StartedStreamServer, ConnectionThatIsRestartedUponBeforeItsStartIsToldAsClosedAlone) {
+  server->onStarting = [this] {
+    server->onStarting = [] {};
+    server->stop();
+    EXPECT_EQ(error_code(), server->start());
+  };
+  connect();
+  ASSERT_TRUE(runUntil(1));
+  runAWhile(context);
+  EXPECT_EQ(2U, server->created.size());
+  connectAndOpen();
+  EXPECT_THAT(server->events.all(),
+              ElementsAre("CONNECTION_OPENING -> CONNECTION_CLOSED, OPERATION_CLOSE, Success", OPENED));
+  EXPECT_THAT(server->accepts, ElementsAre(error_code(), error_code()));
+}
+
+TEST_F(StartedStreamServer, ExceptionOfCreateConnectionLeavesStart) {
+  server->stop();
+  runAWhile(context);
+  server->onCreate = [] { throw std::runtime_error("no connection"); };
+  EXPECT_THROW(server->start(), std::runtime_error);
+  expectNoAcceptUntilARestart();
+}
+
+TEST_F(StartedStreamServer, ExceptionOfCreateConnectionLeavesRun) {
+  server->onCreate = [] { throw std::runtime_error("no connection"); };
+  const LoopbackPeer& first = connect();
+  EXPECT_THROW(test::runUntil(context, [] { return false; }), std::runtime_error);
+  // The one before is served.
+  ASSERT_TRUE(first.send("x\n"));
+  ASSERT_TRUE(runUntil(2));
+  EXPECT_THAT(server->events.all(), ElementsAre(OPENED, "x\n"));
+  EXPECT_EQ(server->created[0], server->findConnection(server->connectionHash(server->created[0])));
+  expectNoAcceptUntilARestart();
 }
 
 TEST_F(StartedStreamServer, CallbacksMayCallBack) {
@@ -471,7 +614,7 @@ TEST_F(StartedStreamServer, ServesConnectionsOnSeveralThreads) {
   constexpr int PEERS = 8;
   constexpr int LINES = 200;
   {
-    const ContextThreads threads(context, 1);  // the recording is not made for more
+    const ContextThreads threads(context, 3);
     for (int i = 0; i < PEERS; ++i) connect();
     for (int line = 0; line < LINES; ++line) {
       for (const auto& peer : peers) EXPECT_TRUE(peer->send("line\n"));
@@ -480,6 +623,35 @@ TEST_F(StartedStreamServer, ServesConnectionsOnSeveralThreads) {
     server->stop();
     EXPECT_TRUE(waitUntil([this] { return server->events.count() == PEERS * (LINES + 2); }));
   }
+  const std::vector<std::string> events = server->events.all();
+  EXPECT_EQ(PEERS, std::count(events.begin(), events.end(), OPENED));
+  EXPECT_EQ(PEERS * LINES, std::count(events.begin(), events.end(), "line\n"));
+  EXPECT_EQ(PEERS, std::count(events.begin(), events.end(), CLOSED_BY_OWNER));
+}
+
+TEST_F(StartedStreamServer, MayBeRestartedInAStateCallbackOnSeveralThreads) {
+  constexpr int PEERS = 5;
+  std::atomic<bool> hasRestarted{false};
+  std::atomic<bool> isRestarting{false};
+  server->onState = [&](auto&&...) {
+    if (isRestarting.exchange(true)) return;
+    server->stop();
+    EXPECT_EQ(error_code(), server->start());
+    hasRestarted = true;
+  };
+  {
+    const ContextThreads threads(context, 3);
+    const std::uint16_t port = server->endpoint().port();
+    for (int i = 0; i < PEERS; ++i) peers.push_back(std::make_unique<LoopbackPeer>(port));
+    EXPECT_TRUE(waitUntil([&] { return hasRestarted.load(); }));
+    for (int i = 0; i < PEERS; ++i) EXPECT_TRUE(connect().send("late\n"));
+    EXPECT_TRUE(waitUntil([this] {
+      const std::vector<std::string> events = server->events.all();
+      return std::count(events.begin(), events.end(), "late\n") == PEERS;
+    }));
+  }
+  server->created.clear();  // the server has let go of what was accepted and not handled before
+  for (std::size_t i = 0; i < PEERS; ++i) EXPECT_TRUE(waitUntil([&] { return peers[i]->isEnded(); })) << i;
 }
 
 struct FailedAccept {
@@ -577,6 +749,139 @@ TEST(StreamServer, ExceptionsOfCallbacksLeaveRun) {
   EXPECT_THAT(server->events.all(), ElementsAre(OPENED, "x\n", "y\n"));
   server->stop();
 }
+
+/// A server that keeps nothing of its connections, sends their lines back, and counts what it is told.
+class EchoingServer : public TCPServer {
+ public:
+  explicit EchoingServer(boost::asio::io_context& context)
+      : TCPServer(context, boost::asio::ip::address_v4::loopback(), 0), context_(context) {}
+
+  unsigned int connectionHash(ConnectionPtr connection) const override {
+    if (!connection || !connection->socket().is_open()) ++unacceptedEntries;
+    return TCPServer::connectionHash(std::move(connection));
+  }
+
+  mutable std::atomic<int> unacceptedEntries{0};
+  std::atomic<int> accepts{0};
+  std::atomic<int> opened{0};
+  std::atomic<int> closed{0};
+  std::atomic<int> otherChanges{0};
+
+ protected:
+  ConnectionPtr createConnection() override { return boost::make_shared<TCPConnection>(context_); }
+  void handleData(ConnectionPtr connection, const std::string& data) override {
+    connection->asyncReadUntil("\n");
+    connection->asyncWrite(data);
+  }
+  void handleState(ConnectionPtr connection, ConnectionState state, ConnectionState previous,
+                   ConnectionOperation /*operation*/, const error_code& /*error*/) override {
+    if (state == CONNECTION_OPEN && previous == CONNECTION_OPENING) {
+      ++opened;
+      connection->asyncReadUntil("\n");
+    } else if (state == CONNECTION_CLOSED && previous != CONNECTION_OPENING) {
+      ++closed;
+    } else if (state != CONNECTION_CLOSING && state != CONNECTION_CLOSED) {
+      ++otherChanges;
+    }
+  }
+  void handleAccept(const error_code& error) override {
+    if (!error) ++accepts;
+    std::this_thread::yield();  // somebody may stop and start it here
+    TCPServer::handleAccept(error);
+  }
+
+ private:
+  boost::asio::io_context& context_;
+};
+
+TEST(StreamServer, MayBeRestartedByAnotherThreadWhilePeersConnect) {
+  constexpr std::chrono::milliseconds WHILE(500);
+  constexpr std::size_t PEERS = 8;
+  constexpr int LATE_PEERS = 20;
+  const LogCapture capture;
+  boost::asio::io_context context;
+  const auto server = boost::make_shared<EchoingServer>(context);
+  ASSERT_FALSE(server->start());
+  {
+    const ContextThreads threads(context, 3);
+    std::atomic<bool> isOver{false};
+    std::thread restarting([&] {
+      for (const auto end = std::chrono::steady_clock::now() + WHILE; std::chrono::steady_clock::now() < end;) {
+        server->stop();
+        EXPECT_FALSE(server->start());
+        std::this_thread::yield();
+      }
+      isOver = true;
+    });
+    std::deque<std::unique_ptr<LoopbackPeer>> peers;
+    while (!isOver) {
+      const std::uint16_t port = server->endpoint().port();
+      if (port == 0) continue;
+      peers.push_back(std::make_unique<LoopbackPeer>(port));
+      if (peers.back()->isConnected()) peers.back()->send("early\n");
+      if (peers.size() > PEERS) peers.pop_front();
+    }
+    restarting.join();
+    server->stop();
+    EXPECT_FALSE(server->start());
+    const int before = server->accepts;
+    for (int i = 0; i < LATE_PEERS; ++i) {
+      peers.push_back(std::make_unique<LoopbackPeer>(server->endpoint().port()));
+      EXPECT_TRUE(peers.back()->send("late\n"));
+    }
+    for (int i = 0; i < LATE_PEERS; ++i) {
+      LoopbackPeer& late = *peers[peers.size() - 1 - static_cast<std::size_t>(i)];
+      EXPECT_TRUE(waitUntil([&late] { return late.received() == "late\n"; }));
+    }
+    EXPECT_LE(LATE_PEERS, server->accepts - before);
+    server->stop();
+    EXPECT_TRUE(waitUntil([&server] { return server->opened == server->closed; }));
+  }
+  EXPECT_LT(LATE_PEERS, server->opened);
+  EXPECT_EQ(server->opened, server->closed);
+  EXPECT_EQ(0, server->otherChanges);
+  EXPECT_EQ(0, server->unacceptedEntries);
+  EXPECT_THAT(capture.texts(), IsEmpty());
+}
+
+/// Ends a context with an accept, a read, a write and changes of state under way, and looks for what is left.
+void expectNothingLeftByAContextThatEnds(bool areHeld) {
+  constexpr int SMALL = 4096;
+  boost::weak_ptr<RecordingServer> weakServer;
+  std::vector<boost::weak_ptr<TCPConnection>> weakConnections;
+  std::vector<std::unique_ptr<LoopbackPeer>> peers;
+  {
+    boost::asio::io_context context;
+    auto server = boost::make_shared<RecordingServer>(context);
+    ASSERT_FALSE(server->start());
+    for (std::size_t i = 1; i <= 3; ++i) {
+      peers.push_back(std::make_unique<LoopbackPeer>(server->endpoint().port(), "127.0.0.1", SMALL));
+      ASSERT_TRUE(test::runUntil(context, [&] { return server->opened.size() == i; }));
+    }
+    EXPECT_FALSE(server->opened[0]->asyncWrite(std::string(16 << 20, 'x')));
+    runAWhile(context);
+    server->opened[1]->close();  // which is not told any more
+    ASSERT_TRUE(peers[2]->send("nor is this read\n"));
+    weakServer = server;
+    weakConnections.assign(server->created.begin(), server->created.end());
+    ASSERT_EQ(4U, weakConnections.size());
+    EXPECT_EQ(3U, server->events.count());
+    if (!areHeld) {
+      server->created.clear();
+      server->opened.clear();
+      server.reset();
+    }
+    EXPECT_FALSE(weakServer.expired());
+    for (const auto& connection : weakConnections) EXPECT_FALSE(connection.expired());
+  }
+  EXPECT_TRUE(weakServer.expired());
+  for (const auto& connection : weakConnections) EXPECT_TRUE(connection.expired());
+  for (const auto& peer : peers) EXPECT_TRUE(waitUntil([&peer] { return peer->isEnded(); }));
+}
+
+TEST(StreamServer, ContextMayEndWithEverythingUnderWay) { expectNothingLeftByAContextThatEnds(true); }
+
+TEST(StreamServer, ContextMayEndWithWhatItAloneHolds) { expectNothingLeftByAContextThatEnds(false); }
 
 TEST(StreamServer, HashIsTheAddressAndAnEighthOfItIn32Bits) {
   struct Row {

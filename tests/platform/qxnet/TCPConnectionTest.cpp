@@ -25,6 +25,7 @@
 
 #include "support/ConnectionEvents.h"
 #include "support/Loopback.h"
+#include "support/SocketOption.h"
 
 namespace qx::net::stream {
 namespace {
@@ -38,6 +39,7 @@ using test::ContextThreads;
 using test::Events;
 using test::LoopbackPeer;
 using test::OPENED;
+using test::optionOf;
 using test::runAWhile;
 using test::runUntil;
 using test::waitUntil;
@@ -87,13 +89,6 @@ struct Link {
   Ptr connection = boost::make_shared<TCPConnection>(context);
   std::optional<LoopbackPeer> peer;
 };
-
-int optionOf(TCPConnection& connection, int level, int name) {
-  int value = -1;
-  socklen_t size = sizeof value;
-  EXPECT_EQ(0, ::getsockopt(connection.socket().native_handle(), level, name, &value, &size));
-  return value;
-}
 
 TEST(TCPConnection, IsOpeningWithoutASocketAtFirst) {
   boost::asio::io_context context;
@@ -189,7 +184,7 @@ TEST(TCPConnection, CloseTellsNothingInsideTheCall) {
   EXPECT_THAT(link.told(), IsEmpty());
   ASSERT_TRUE(link.runUntil(2));
   EXPECT_THAT(link.told(), ElementsAre(CLOSED_BY_OWNER));
-  EXPECT_TRUE(link.peer->isEnded());
+  EXPECT_TRUE(waitUntil([&link] { return link.peer->isEnded(); }));
 }
 
 TEST(TCPConnection, ClosesOnlyOnce) {
@@ -463,6 +458,46 @@ TEST(TCPConnection, CallbacksThatHoldTheConnectionDoNotKeepAClosedOne) {
   EXPECT_TRUE(runUntil(link.context, [&weak] { return weak.expired(); }));
 }
 
+TEST(TCPConnection, CallbacksSetAfterTheClosedStateWasToldAreForgotten) {
+  Link link;
+  link.open();
+  link.connection->close();
+  ASSERT_TRUE(link.runUntil(2));
+  const auto owned = boost::make_shared<int>(0);
+  link.connection->handleDataFunc([owned, self = link.connection](auto&&...) { ++*owned; });
+  link.connection->handleStateFunc([owned, self = link.connection](auto&&...) { ++*owned; });
+  EXPECT_EQ(1, owned.use_count());
+  const boost::weak_ptr<TCPConnection> weak = link.connection;
+  link.connection.reset();
+  EXPECT_TRUE(runUntil(link.context, [&weak] { return weak.expired(); }));
+  EXPECT_EQ(0, *owned);
+}
+
+TEST(TCPConnection, CallbackSetBeforeTheClosedStateIsToldIsTold) {
+  Link link;
+  link.open();
+  link.connection->close();
+  link.connection->handleStateFunc(
+      [&link](const Ptr&, ConnectionState state, auto&&...) { link.events.add("late " + std::to_string(state)); });
+  ASSERT_TRUE(link.runUntil(2));
+  EXPECT_THAT(link.told(), ElementsAre("late 0"));
+}
+
+TEST(TCPConnection, CallbacksSetInTheClosedStateAreForgotten) {
+  Link link;
+  const auto owned = boost::make_shared<int>(0);
+  link.connection->handleStateFunc([&link, owned](const Ptr& from, ConnectionState state, auto&&...) {
+    link.events.add(std::to_string(state));
+    from->handleStateFunc([owned, from](auto&&...) { ++*owned; });  // keeps itself, if it is kept
+    from->handleDataFunc([owned, from](auto&&...) { ++*owned; });
+  });
+  link.connection->close();
+  ASSERT_TRUE(link.runUntil(1));
+  EXPECT_EQ(1, owned.use_count());
+  EXPECT_EQ(0, *owned);
+  EXPECT_THAT(link.events.all(), ElementsAre("0"));
+}
+
 TEST(TCPConnection, ReadUnderWayKeepsItUntilThePeerEnds) {
   Link link;
   link.open();
@@ -701,7 +736,7 @@ TEST(TCPConnection, ClosedInItsDataCallbackItReadsNoMore) {
   ASSERT_TRUE(link.runUntil(3));
   runAWhile(link.context);
   EXPECT_THAT(link.told(), ElementsAre("one\n", CLOSED_BY_OWNER));
-  EXPECT_TRUE(link.peer->isEnded());
+  EXPECT_TRUE(waitUntil([&link] { return link.peer->isEnded(); }));
 }
 
 TEST(TCPConnection, MayBeClosedInItsStateCallback) {
@@ -911,6 +946,35 @@ TEST(TCPConnection, OperationsMayComeFromAnyThread) {
   EXPECT_TRUE(waitUntil([&] { return isClosed.load(); }));
   for (std::thread* thread : {&asking, &replacing, &setting}) thread->join();
   EXPECT_EQ(ROUNDS, lines);
+}
+
+TEST(TCPConnection, StateCallbackMayBeReplacedByAnotherThreadMeanwhile) {
+  constexpr int COUNT = 2000;
+  boost::asio::io_context context;
+  std::atomic<int> told{0};
+  const auto count = [&told](auto&&...) { ++told; };
+  std::vector<Ptr> connections;
+  for (int i = 0; i < COUNT; ++i) {
+    connections.push_back(boost::make_shared<TCPConnection>(context));
+    connections.back()->handleStateFunc(count);
+  }
+  std::atomic<bool> isOver{false};
+  {
+    const ContextThreads threads(context, 2);
+    std::thread replacing([&] {
+      while (!isOver) {
+        for (const Ptr& connection : connections) connection->handleStateFunc(count);
+      }
+    });
+    for (const Ptr& connection : connections) {
+      connection->start();
+      connection->close();
+    }
+    EXPECT_TRUE(waitUntil([&told] { return told == 2 * COUNT; }));
+    isOver = true;
+    replacing.join();
+  }
+  EXPECT_EQ(2 * COUNT, told);
 }
 
 TEST(TCPConnection, WritesOfOneThreadStayInOrderAmongThoseOfOthers) {

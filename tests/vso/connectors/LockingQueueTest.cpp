@@ -14,19 +14,12 @@
 #include <vector>
 
 #include "support/Loopback.h"
+#include "tests/vso/connectors/WatchedQueue.h"
 
 namespace qx {
 namespace {
 
 using test::waitUntil;
-
-/// A queue whose waiters can be woken for no reason.
-struct WatchedQueue : LockingQueue<int> {
-  void wakeForNoReason() {
-    const boost::lock_guard<boost::mutex> lock(mutex_);
-    condition_.notify_all();
-  }
-};
 
 template <typename T>
 T popped(LockingQueue<T>& queue) {
@@ -63,7 +56,7 @@ TEST(LockingQueue, PushCopiesAndPopKeepsNothing) {
 }
 
 TEST(LockingQueue, PopBlocksUntilThereIsAnItem) {
-  WatchedQueue queue;
+  test::WatchedQueue<LockingQueue<int>> queue;
   std::atomic<int> result{0};
   std::thread waiting([&] { result = popped(queue); });
   for (int i = 0; i < 10; ++i) {

@@ -32,6 +32,7 @@
 #include "support/ConnectionEvents.h"
 #include "support/LogCapture.h"
 #include "support/Loopback.h"
+#include "support/SocketOption.h"
 #include "vso/connectors/RecordingClient.h"
 
 namespace qx {
@@ -53,6 +54,7 @@ using test::LogCapture;
 using test::LogLine;
 using test::LoopbackPeer;
 using test::OPENED;
+using test::optionOf;
 using test::RecordingClient;
 using test::runAWhile;
 using test::waitUntil;
@@ -81,13 +83,6 @@ std::string textOf(const T& pointer) {
   std::ostringstream out;
   out << pointer;
   return out.str();
-}
-
-int optionOf(TCPConnection& connection, int level, int name) {
-  int value = -1;
-  socklen_t size = sizeof value;
-  EXPECT_EQ(0, ::getsockopt(connection.socket().native_handle(), level, name, &value, &size));
-  return value;
 }
 
 struct OpenServer : QxnetServer {

@@ -15,7 +15,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "tests/vso/runtime/NextFunction.h"
+#include "support/NextFunction.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <ctime>
 #include <mutex>
 
-#include "tests/vso/runtime/NextFunction.h"
+#include "support/NextFunction.h"
 
 namespace qx::test {
 

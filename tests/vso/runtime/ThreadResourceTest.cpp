@@ -1,12 +1,12 @@
 // The primitives where the system has no mutex left.
 #include <gtest/gtest.h>
 
-#include <boost/thread/exceptions.hpp>
 #include <functional>
 #include <ostream>
 #include <stdexcept>
 
-#include "tests/vso/runtime/ThreadCalls.h"
+#include "support/ThreadCalls.h"
+#include "support/ThreadResources.h"
 #include "vso/runtime/DeposableBool.h"
 #include "vso/runtime/ElapsedTimer.h"
 #include "vso/runtime/ReferencedBool.h"
@@ -31,15 +31,7 @@ std::ostream& operator<<(std::ostream& out, const Primitive& primitive) { return
 class ThreadResource : public testing::TestWithParam<Primitive> {};
 
 TEST_P(ThreadResource, IsNeededForEveryLockAndLeftByAFailedConstructor) {
-  const int before = ThreadCalls::alive;
-  for (int made = 0; made < GetParam().members; ++made) {
-    ThreadCalls::makesLeft = made;
-    EXPECT_THROW(GetParam().make(), boost::thread_resource_error) << "after " << made;
-    ThreadCalls::makesLeft = -1;
-    EXPECT_EQ(ThreadCalls::alive, before) << "after " << made;
-  }
-  EXPECT_NO_THROW(GetParam().make());
-  EXPECT_EQ(ThreadCalls::alive, before);
+  test::expectToNeed(GetParam().members, GetParam().make);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ThreadResource,

@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-#include "tests/vso/runtime/ThreadCalls.h"
+#include "support/ThreadCalls.h"
 #include "tests/vso/runtime/Threads.h"
 #include "vso/runtime/WaitableBool.h"
 

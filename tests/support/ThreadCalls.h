@@ -14,6 +14,8 @@ struct ThreadCalls {
   /// The waits of all threads that are watched: those for the end of a thread are none of a test's.
   inline static std::atomic<int> waits{0};
   inline static thread_local bool watched = false;
+  /// Called whenever this thread has been woken, for whatever reason, before it takes any other lock.
+  inline static thread_local std::function<void()> afterAWait;
   /// The calls of this thread that wake others.
   inline static thread_local int wakesOfAll = 0;
   inline static thread_local int wakesOfOne = 0;

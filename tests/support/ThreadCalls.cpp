@@ -1,4 +1,4 @@
-#include "tests/vso/runtime/ThreadCalls.h"
+#include "support/ThreadCalls.h"
 
 #include <pthread.h>
 
@@ -6,7 +6,7 @@
 #include <ctime>
 #include <utility>
 
-#include "tests/vso/runtime/NextFunction.h"
+#include "support/NextFunction.h"
 
 namespace {
 
@@ -56,7 +56,18 @@ int pthread_cond_wait(pthread_cond_t* __restrict condition, pthread_mutex_t* __r
   static auto* const wait = nextFunction<decltype(pthread_cond_wait)>("pthread_cond_wait");
   // With the mutex held: who wants to wake comes after the wait has begun.
   if (ThreadCalls::watched) ++ThreadCalls::waits;
-  return wait(condition, mutex);
+  const int result = wait(condition, mutex);
+  if (ThreadCalls::afterAWait) ThreadCalls::afterAWait();
+  return result;
+}
+
+int pthread_cond_timedwait(pthread_cond_t* __restrict condition, pthread_mutex_t* __restrict mutex,
+                           const timespec* __restrict deadline) {
+  static auto* const wait = nextFunction<decltype(pthread_cond_timedwait)>("pthread_cond_timedwait");
+  if (ThreadCalls::watched) ++ThreadCalls::waits;
+  const int result = wait(condition, mutex, deadline);
+  if (ThreadCalls::afterAWait) ThreadCalls::afterAWait();
+  return result;
 }
 
 int pthread_cond_broadcast(pthread_cond_t* condition) noexcept {
