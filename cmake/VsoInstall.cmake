@@ -1,4 +1,4 @@
-# Headers, libraries, schema files, the CMake package and vso.pc.
+# Headers, libraries, schema files, the CMake package and vso.pc; the program, its examples and its completion.
 
 include(CMakePackageConfigHelpers)
 
@@ -39,6 +39,8 @@ install(FILES ${PROJECT_BINARY_DIR}/vso.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/p
 if(TARGET vso_app)
   install(TARGETS vso_app RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/apps/vso/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/vso)
+  install(FILES ${PROJECT_SOURCE_DIR}/apps/vso/completion/vso.bash
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vso)
 endif()
 
 set(CPACK_PACKAGE_CONTACT "libvso maintainers <libvso@localhost>")

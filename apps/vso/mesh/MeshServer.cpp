@@ -16,7 +16,6 @@
 #include "vso/zcl/QxZclAnnounce.h"
 #include "vso/zcl/QxZclDiagnostics.h"
 #include "vso/zcl/QxZclHaDiagnostics.h"
-#include "vso/zcl/ZclGeneralCommand.h"
 #include "vso/zcl/ZclProfile.h"
 #include "vso/zdo/ZdoNetworkLqiResponse.h"
 #include "vso/zdo/ZdoNetworkRtgResponse.h"
@@ -43,6 +42,13 @@ constexpr unsigned short unsignedId(short id) { return static_cast<unsigned shor
 
 bool isOf(const RecordedFrame& frame, short profile, short cluster) {
   return frame.profile == unsignedId(profile) && frame.cluster == unsignedId(cluster);
+}
+
+/// Commands of a cluster's own have numbers of their own, which mean nothing here.
+bool isReport(const ZclMessage& message) { return message.affectsEntireProfile() && message.isReportAttributes(); }
+
+bool isAnnouncement(const RecordedFrame& frame) {
+  return isOf(frame, ZclProfile::QX_ANNOUNCE, QxZclAnnounce::CLUSTER_ID) && isReport(QxZclAnnounce(frame.bytes));
 }
 
 /// A histogram that begins at `time`, and not when it is made: frames may tell of times that are long gone.
@@ -103,7 +109,7 @@ MeshServer::Outcome MeshServer::sorted(const RecordedFrame& frame) {
             "MeshServer::take: frame of " << frame.source << " is not whole: " << verdict);
     return Outcome::BROKEN;
   }
-  if (isOf(frame, ZclProfile::QX_ANNOUNCE, QxZclAnnounce::CLUSTER_ID)) return announced(frame);
+  if (isAnnouncement(frame)) return announced(frame);
   if (frame.profile == ZDO_PROFILE) return answered(frame);
   ZigbeeNode* const source = node(frame.source);
   if (source == nullptr) return isZap(frame) ? Outcome::HEARD : Outcome::STRANGER;
@@ -114,7 +120,6 @@ MeshServer::Outcome MeshServer::sorted(const RecordedFrame& frame) {
 /// A device says who it is.
 MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
   const QxZclAnnounce announce(frame.bytes);
-  if (announce.commandIdentifier() != ZclGeneralCommand::REPORT_ATTRIBUTES) return Outcome::HEARD;
   auto found = nodes_.find(frame.source);
   const bool isNew = found == nodes_.end();
   if (isNew) found = nodes_.emplace(frame.source, newNode(frame.source, frame.time)).first;
@@ -166,6 +171,7 @@ MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
 MeshServer::Outcome MeshServer::diagnosed(const RecordedFrame& frame, ZigbeeNode& node) {
   if (isOf(frame, ZclProfile::QX_PRIVATE, QxZclDiagnostics::CLUSTER_ID)) {
     const QxZclDiagnostics diagnostics(frame.bytes);
+    if (!diagnostics.affectsEntireProfile() || !diagnostics.isReadAttributesResponse()) return Outcome::HEARD;
     QxdiagnosticsNodeCounters counters;
     unsigned int uptime = 0;
     const bool hasCounters = diagnostics.parseReadAttributesResponse(counters);
@@ -176,7 +182,7 @@ MeshServer::Outcome MeshServer::diagnosed(const RecordedFrame& frame, ZigbeeNode
   }
   if (isOf(frame, ZclProfile::HOME_AUTOMATION, QxZclHaDiagnostics::CLUSTER_ID)) {
     const QxZclHaDiagnostics diagnostics(frame.bytes);
-    if (diagnostics.commandIdentifier() != ZclGeneralCommand::REPORT_ATTRIBUTES) return Outcome::HEARD;
+    if (!isReport(diagnostics) || diagnostics.isManufacturerSpecific()) return Outcome::HEARD;
     return diagnostics.sendMetrics("vso", node.lid()) ? Outcome::HEARD : Outcome::TAKEN;
   }
   return Outcome::HEARD;
@@ -221,24 +227,25 @@ MeshServer::Outcome MeshServer::answered(const RecordedFrame& frame) {
 /// A router says that it could not go on with a message: on a source route, to the node that was to get it; on a
 /// many-to-one route, to an access point, from the node that sent it.
 MeshServer::Outcome MeshServer::routeFailed(const RecordedFrame& frame) {
-  if (frame.cluster != NETWORK_STATUS) return Outcome::HEARD;
-  if (frame.bytes.length_ != NETWORK_STATUS_SIZE) return Outcome::BROKEN;
+  const bool isStatus = frame.cluster == NETWORK_STATUS;
+  if (isStatus && frame.bytes.length_ != NETWORK_STATUS_SIZE) return Outcome::BROKEN;
+  ZigbeeNode* const source = node(frame.source);
+  if (source != nullptr) heard(*source, frame);
   FrameReader in(frame.bytes);
-  const unsigned char status = in.u8();
-  const unsigned short destination = in.u16le();
+  const unsigned char status = isStatus ? in.u8() : 0;
   if (status == SOURCE_ROUTE_FAILURE) {
-    const auto found = byShortAddress_.find(destination);
+    const auto found = byShortAddress_.find(in.u16le());
     ZigbeeNode* const target = found == byShortAddress_.end() ? nullptr : node(found->second);
-    if (target == nullptr) return Outcome::STRANGER;
-    target->addSourceRouteFailure(localTimeOf(frame.time));
+    if (target != nullptr) {
+      target->addSourceRouteFailure(localTimeOf(frame.time));
+      return Outcome::TAKEN;
+    }
+  }
+  if (status == MANY_TO_ONE_ROUTE_FAILURE && source != nullptr) {
+    source->addManyToOneRouteFailure(localTimeOf(frame.time));
     return Outcome::TAKEN;
   }
-  ZigbeeNode* const source = node(frame.source);
-  if (source == nullptr) return Outcome::STRANGER;
-  heard(*source, frame);
-  if (status != MANY_TO_ONE_ROUTE_FAILURE) return Outcome::HEARD;
-  source->addManyToOneRouteFailure(localTimeOf(frame.time));
-  return Outcome::TAKEN;
+  return source != nullptr || isZap(frame) ? Outcome::HEARD : Outcome::STRANGER;
 }
 
 bool MeshServer::isZap(const RecordedFrame& frame) const {
@@ -262,10 +269,12 @@ Zap& MeshServer::zapOf(const RecordedFrame& frame) {
 
 void MeshServer::heard(ZigbeeNode& node, const RecordedFrame& frame) {
   if (node.sid() != frame.shortAddress) {
-    byShortAddress_.erase(node.sid());
+    const auto former = byShortAddress_.find(node.sid());
+    // Another node may have it by now.
+    if (former != byShortAddress_.end() && former->second == frame.source) byShortAddress_.erase(former);
     node.sid(frame.shortAddress);
-    byShortAddress_[frame.shortAddress] = frame.source;
   }
+  byShortAddress_[frame.shortAddress] = frame.source;
   node.lastContact(frame.time);
   node.online(true);
   node.awake(true);

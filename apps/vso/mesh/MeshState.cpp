@@ -15,7 +15,8 @@ MeshState::MeshState(const std::string& folder, MeshServer& mesh) : folder_(fold
     SavedMesh saved = meshOfBytes(*bytes);
     mesh_.restore(std::move(saved.nodes), std::move(saved.zaps));
   } catch (const BadMesh& error) {
-    std::cerr << "vso: " << file() << ": " << error.what() << "; it is kept as " << folder_.setAside(FILE_NAME)
+    const std::string aside = folder_.setAside(FILE_NAME);
+    std::cerr << "vso: " << file() << ": " << error.what() << "; it is kept as " << aside
               << ", and the mesh begins anew\n";
   }
 }

@@ -17,7 +17,7 @@ class MeshState {
   /// mesh is left as it is then. Throws as StateDirectory.
   MeshState(const std::string& folder, MeshServer& mesh);
 
-  /// Throws as StateDirectory; the folder then holds what it held.
+  /// Fails as StateDirectory does, whose file then holds what it held.
   void save() const;
   std::string file() const { return folder_.fileOf(FILE_NAME); }
 

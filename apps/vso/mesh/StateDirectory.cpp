@@ -66,7 +66,13 @@ class Descriptor {
 
 /// The path of a file that processes lock, which is made if there is none.
 std::string lockFileIn(const std::string& folder) {
-  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) fail(folder, errno);
+  constexpr mode_t PRIVATE = 0700;
+  if (::mkdir(folder.c_str(), PRIVATE) == 0) {
+    // What is saved in a folder is on the disk only when the folder itself is.
+    Descriptor(folder + "/..", O_RDONLY | O_DIRECTORY).sync();
+  } else if (errno != EEXIST) {
+    fail(folder, errno);
+  }
   std::string path = folder + "/lock";
   const Descriptor made(path, O_RDWR | O_CREAT);
   return path;
@@ -87,6 +93,7 @@ std::optional<std::string> StateDirectory::load(const std::string& name) const {
 }
 
 void StateDirectory::save(const std::string& name, const std::string& content) const {
+  const Descriptor folder(path_, O_RDONLY | O_DIRECTORY);  // before the renaming, which should be the last to fail
   const std::string unfinished = fileOf(name) + ".new";
   try {
     Descriptor file(unfinished, O_WRONLY | O_CREAT | O_TRUNC);
@@ -99,7 +106,7 @@ void StateDirectory::save(const std::string& name, const std::string& content) c
     throw;
   }
   // The new name is on the disk when its folder is.
-  Descriptor(path_, O_RDONLY | O_DIRECTORY).sync();
+  folder.sync();
 }
 
 std::string StateDirectory::setAside(const std::string& name) const {
@@ -107,6 +114,8 @@ std::string StateDirectory::setAside(const std::string& name) const {
     std::string aside = fileOf(name) + ".damaged-" + std::to_string(number);
     // A link, unlike a renaming, replaces nothing.
     if (::link(fileOf(name).c_str(), aside.c_str()) == 0) {
+      // The old name goes when the new one is on the disk.
+      Descriptor(path_, O_RDONLY | O_DIRECTORY).sync();
       if (::unlink(fileOf(name).c_str()) != 0) fail(fileOf(name), errno);
       return aside;
     }

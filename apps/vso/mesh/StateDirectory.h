@@ -25,7 +25,8 @@ class StateDirectory {
   /// The content of a file; nothing if there is none.
   std::optional<std::string> load(const std::string& name) const;
   /// Replaces a file, or makes it. Whatever happens meanwhile, the file has the old content or the new, whole; once
-  /// this has returned, it has the new one, also after a loss of power. If it fails, it has the old one.
+  /// this has returned, it has the new one, also after a loss of power. If it fails, it has the old one, unless the
+  /// text names the folder alone: then it has the new one, which a loss of power may undo.
   void save(const std::string& name, const std::string& content) const;
   /// Gives a file another name, one that nothing has yet, and returns its path.
   std::string setAside(const std::string& name) const;

@@ -35,8 +35,10 @@ std::string bytesOfMesh(const MeshServer::Nodes& nodes, const MeshServer::Zaps& 
 
 SavedMesh meshOfBytes(const std::string& bytes) {
   pb::MeshFilePBuf file;
-  if (!file.ParseFromString(bytes) || bytes.empty()) throw BadMesh("it is no saved mesh, or has lost its end");
+  constexpr const char* NO_MESH = "it is no saved mesh, or has lost its end";
+  if (!file.ParseFromString(bytes) || bytes.empty()) throw BadMesh(NO_MESH);
   if (file.version() != VERSION) throw BadMesh("it has an unknown form, " + std::to_string(file.version()));
+  if (!file.has_checksum() || !file.has_mesh()) throw BadMesh(NO_MESH);
   pb::MeshPBuf mesh;
   if (checksumOf(file.mesh()) != file.checksum() || !mesh.ParseFromString(file.mesh())) {
     throw BadMesh("its content does not match its checksum");

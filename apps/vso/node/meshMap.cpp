@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <list>
 #include <map>
@@ -52,34 +54,53 @@ Links linksOf(const MeshServer& mesh) {
   return links;
 }
 
-/// As a text in the language of the graph.
-std::string quotedText(const std::string& text) {
-  std::string quoted = "\"";
+/// As it stands between quotes in the language of the graph.
+std::string escaped(const std::string& text) {
+  std::string result;
   for (const char c : text) {
-    if (c == '"' || c == '\\') quoted += '\\';
-    quoted += c;
+    if (c == '"' || c == '\\') result += '\\';
+    result += c;
   }
-  return quoted + '"';
+  return result;
 }
 
-/// Two lines for people.
-std::string labelOf(const std::string& name, unsigned short sid) {
-  std::string label = quotedText(name);
-  label.insert(label.size() - 1, "\\n" + hexStr(sid, sizeof sid, true));
-  return label;
+/// The lines for people, in the language of the graph.
+std::string labelOf(const std::vector<std::string>& lines) {
+  std::string label;
+  for (const std::string& line : lines) label += (label.empty() ? "" : "\\n") + escaped(line);
+  return '"' + label + '"';
 }
+
+std::string addressOf(unsigned short sid) { return hexStr(sid, sizeof sid, true); }
 
 const char* fillOf(const std::string& light) {
   if (light == "red") return "#f4a6a0";
   return light == "yellow" ? "#f6e08b" : "#b9dfb4";
 }
 
-/// The quality of a link as a colour and a width: green and broad, or red and thin.
+/// A link as a line of the picture.
+struct Line {
+  Euid one;
+  Euid other;
+  unsigned int lqi = 0;
+};
+
+/// The weakest first, so that the good ones are drawn over them.
+std::vector<Line> linesOf(const MeshServer& mesh) {
+  std::vector<Line> lines;
+  for (const auto& [ends, link] : linksOf(mesh)) lines.push_back({ends.first, ends.second, link.lqi / link.reports});
+  std::stable_sort(lines.begin(), lines.end(), [](const Line& a, const Line& b) { return a.lqi < b.lqi; });
+  return lines;
+}
+
+/// The quality of a link as a colour and a width: green and broad, or red and thin. Its figure has the same colour,
+/// which tells in a crowd whose it is.
 std::string lookOf(unsigned int lqi) {
   constexpr unsigned int GOOD = 200;
   constexpr unsigned int FAIR = 140;
-  if (lqi >= GOOD) return "color=\"#3a8f3a\", penwidth=2.5";
-  return lqi >= FAIR ? "color=\"#b59a1e\", penwidth=1.5" : "color=\"#c0504d\", penwidth=1";
+  const char* const colour = lqi >= GOOD ? "\"#3a8f3a\"" : lqi >= FAIR ? "\"#94780c\"" : "\"#c0504d\"";
+  const char* const width = lqi >= GOOD ? "2.5" : lqi >= FAIR ? "1.5" : "1";
+  return std::string("color=") + colour + ", fontcolor=" + colour + ", penwidth=" + width;
 }
 
 /// Runs `arguments`, and returns its exit status; 127 if there is no such program.
@@ -96,11 +117,26 @@ int run(std::vector<std::string> arguments) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 
+[[noreturn]] void fail(const std::string& file) {
+  throw std::runtime_error(file + ": " + std::generic_category().message(errno));
+}
+
 void writeFile(const std::string& file, const std::string& content) {
   std::ofstream out(file, std::ios::binary | std::ios::trunc);
   out << content;
   out.close();
-  if (!out) throw std::runtime_error(file + ": " + std::generic_category().message(errno));
+  if (!out) fail(file);
+}
+
+/// The graph in a file of its own beside `file`, whose path is returned. It takes nobody's place.
+std::string writeBeside(const std::string& file, const std::string& graph) {
+  constexpr const char* END = ".gv";
+  std::string path = file + ".XXXXXX" + END;
+  const int descriptor = ::mkstemps(path.data(), static_cast<int>(std::strlen(END)));
+  if (descriptor < 0) fail(file);
+  ::close(descriptor);
+  writeFile(path, graph);
+  return path;
 }
 
 bool endsWith(const std::string& text, const std::string& end) {
@@ -112,27 +148,30 @@ bool endsWith(const std::string& text, const std::string& end) {
 std::string graphOf(MeshServer& mesh) {
   std::string graph =
       "graph mesh {\n"
-      "  layout=neato; overlap=false; splines=true; outputorder=edgesfirst; bgcolor=white;\n"
+      "  layout=neato; overlap=scale; splines=true; outputorder=edgesfirst; bgcolor=white;\n"
       "  node [shape=box, style=\"rounded,filled\", fontname=\"sans-serif\", fontsize=11];\n"
-      "  edge [fontname=\"sans-serif\", fontsize=9, fontcolor=\"#555555\"];\n";
+      "  edge [fontname=\"sans-serif\", fontsize=9];\n";
   for (const auto& [euid, zap] : mesh.zaps()) {
-    graph += "  \"" + euid.toString() +
-             "\" [label=" + labelOf(zap.coordinator() ? "access point, coordinator" : "access point", zap.sid()) +
+    std::vector<std::string> label{"access point", addressOf(zap.sid())};
+    if (zap.coordinator()) label.insert(label.begin() + 1, "coordinator");
+    graph += "  \"" + euid.toString() + "\" [label=" + labelOf(label) +
              ", shape=doubleoctagon, style=filled, fillcolor=\"#a9c8ea\"];\n";
   }
   for (const auto& [euid, known] : mesh.nodes()) {
     ZigbeeNode& node = *mesh.node(euid);
     node.updateNetworkHealth();
-    graph += "  \"" + euid.toString() + "\" [label=" + labelOf(nameOf(node), node.sid()) + ", fillcolor=\"" +
-             fillOf(worstLightOf(node)) + "\"" + (node.isOnline() ? "" : ", style=\"rounded,filled,dashed\"") + "];\n";
+    graph += "  \"" + euid.toString() + "\" [label=" + labelOf({nameOf(node), addressOf(node.sid())}) +
+             ", fillcolor=\"" + fillOf(worstLightOf(node)) + "\"" +
+             (node.isOnline() ? "" : ", style=\"rounded,filled,dashed\"") + "];\n";
   }
-  for (const auto& [ends, link] : linksOf(mesh)) {
-    const unsigned int lqi = link.lqi / link.reports;
+  for (const Line& line : linesOf(mesh)) {
+    // In inches, as far as the others let it.
     constexpr unsigned int LONGEST = 420;
+    constexpr double AN_INCH = 60;
     char length[16];
-    std::snprintf(length, sizeof length, "%.2f", (LONGEST - lqi) / 100.0);
-    graph += "  \"" + ends.first.toString() + "\" -- \"" + ends.second.toString() + "\" [label=\"" +
-             std::to_string(lqi) + "\", len=" + length + ", " + lookOf(lqi) + "];\n";
+    std::snprintf(length, sizeof length, "%.2f", (LONGEST - line.lqi) / AN_INCH);
+    graph += "  \"" + line.one.toString() + "\" -- \"" + line.other.toString() + "\" [label=\"" +
+             std::to_string(line.lqi) + "\", len=" + length + ", " + lookOf(line.lqi) + "];\n";
   }
   return graph + "}\n";
 }
@@ -147,10 +186,10 @@ void drawGraph(const std::string& graph, const std::string& file) {
   if (form != "svg" && form != "png" && form != "pdf") {
     throw std::runtime_error(file + ": a map is drawn as svg, png or pdf, or written as gv or dot");
   }
-  const std::string source = file + ".gv";
-  writeFile(source, graph);
+  // Of a name that begins with a dash, dot would make an option.
+  const std::string source = writeBeside(file.front() == '-' ? "./" + file : file, graph);
   constexpr int NOT_FOUND = 127;
-  const int status = run({"dot", "-T" + form, "-o", file, source});
+  const int status = run({"dot", "-T" + form, "-o" + file, source});
   if (status == NOT_FOUND) {
     throw std::runtime_error("Graphviz (dot) is not installed; the graph is in " + source);
   }

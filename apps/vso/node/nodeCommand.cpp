@@ -34,11 +34,17 @@ constexpr const char* HELP = R"(Output:
 
   --map draws the neighbour tables with Graphviz, as svg, png or pdf by the end
   of the name (gv: the graph itself): nodes in the colour of their worst light,
-  dashed if they are silent, access points as octagons, links with their quality.
+  dashed if they are silent, access points as octagons, links with their quality
+  (0 to 255; the mean, if both ends report it).
+
+Examples:
+  vso node home/mesh.state
+  vso node --json home/mesh.state | jq 'select(.state == "silent") | .euid'
+  vso node --map home.svg home/mesh.state
 
 Exit status:
   0  all is printed and drawn
-  1  the file could not be read, or the output could not be written
+  1  the file could not be read, or output or map could not be written
   2  wrong usage)";
 
 struct Options {

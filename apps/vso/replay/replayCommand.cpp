@@ -1,6 +1,7 @@
 #include "apps/vso/replay/replayCommand.h"
 
 #include <log4cplus/loglevel.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -49,6 +50,10 @@ Output:
   node is there, and three stories with their lights: reboots a day, failures
   an hour of routes to the server and of routes from it.
 
+Examples:
+  vso replay monday.txt tuesday.txt
+  vso replay --state home today.txt && vso node --map home.svg home/mesh.state
+
 Exit status:
   0  every line was replayed
   1  a line or a file could not be read (standard error says which; the others
@@ -84,7 +89,8 @@ class Replay {
       std::size_t done = 0;
       forEachFrame(
           [&](RecordedFrame& frame) {
-            frame.time += shift;
+            // Before 1970 there is no local time.
+            frame.time = std::max<std::time_t>(frame.time + shift, 0);
             mesh.take(frame);
             progress.at(++done);
           },
@@ -118,6 +124,10 @@ class Replay {
       const OpenFile file(name);
       if (file.descriptor() < 0) {
         complainOf("vso: " + name + ": " + std::generic_category().message(errno));
+        continue;
+      }
+      if (::lseek(file.descriptor(), 0, SEEK_CUR) < 0) {
+        complainOf("vso: " + name + ": a pipe or a terminal cannot be read twice, as a recording is");
         continue;
       }
       LineReader reader(file.descriptor());

@@ -77,7 +77,7 @@ Arguments::Values valuesOf(const CommandRow& row, const std::vector<std::string>
     if (words[at].rfind("--", 0) != 0) throw BadArgument(quoted(words[at]) + " is no argument's name");
     const std::string name = words[at].substr(2);
     const Argument* const argument = argumentOf(row, name);
-    if (argument == nullptr) throw BadArgument("--" + cleanString(name) + " is not known");
+    if (argument == nullptr) throw BadArgument(quoted(words[at]) + " is not known");
     std::vector<std::string>& given = values[name];
     if (!given.empty() && !argument->isRepeated) throw BadArgument("--" + name + " is given twice");
     if (argument->kind == ArgumentKind::FLAG) {
@@ -107,7 +107,7 @@ const std::vector<LineCommands::Command>& LineCommands::commands() {
       {"help", "", "what can be said", 0, 0, &LineCommands::help},
       {"frame", "TIME EUID SHORT PROFILE CLUSTER HEX", "a frame has come; TIME may be now", 6, ANY,
        &LineCommands::frame},
-      {"nodes", "", "long address, short address and name of each node", 0, 0, &LineCommands::nodes},
+      {"nodes", "", "long address, short address, presence and name of each node", 0, 0, &LineCommands::nodes},
       {"node", "EUID [json|xml|any]", "what is known of a node", 1, 2, &LineCommands::node},
       {"health", "EUID|all [json|xml|any]", "a new health report", 1, 2, &LineCommands::health},
       {"reset", "EUID COUNTER...", "set health counters to zero", 2, ANY, &LineCommands::reset},

@@ -34,7 +34,7 @@ constexpr const char* DELIMITER = "\r\n";
 
 constexpr const char* HELP = R"(Protocol:
   Lines that end with CR LF, each answered in turn by "ok", "ok TEXT", "error
-  TEXT", or "block N" and N lines more.
+  TEXT", or "block N" and N lines more. Lines without a byte are passed over.
 
 )";
 
@@ -45,6 +45,13 @@ State:
   The folder holds the mesh (mesh.state), the id of the process that uses it
   (vso.pid) and that process's lock. The mesh is saved on "save", now and then,
   and at the end, by SIGTERM or SIGINT.
+
+Examples:
+  vso serve --state home
+  vso serve --state home --listen '[::1]:0' --save-every 60
+
+  exec 3<>/dev/tcp/127.0.0.1/7410    # speak to it from bash
+  printf 'health all\r\n' >&3 && head -n 1 <&3
 
 Exit status:
   0  ended by a signal, and the mesh is saved
@@ -196,7 +203,9 @@ std::string indented(const std::string& lines) {
 void addServeCommand(CLI::App& program, std::function<int()>& chosen) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command = program.add_subcommand("serve", "Run a small mesh server that is spoken to line by line.");
-  command->add_option("--state", options->state, "Folder in which the mesh is kept")->option_text("DIR")->required();
+  command->add_option("--state", options->state, "Folder in which the mesh is kept")
+      ->option_text("DIR REQUIRED")
+      ->required();
   command->add_option("--listen", options->listen, "127.0.0.1:7410 unless given; port 0 for any that is free")
       ->option_text("ADDRESS:PORT")
       ->check(isPlace, "");

@@ -1,0 +1,222 @@
+#include "apps/vso/mesh/MeshState.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "apps/vso/mesh/MeshServer.h"
+#include "apps/vso/mesh/savedMesh.h"
+#include "mesh/announcements.h"
+#include "support/TemporaryDirectory.h"
+
+namespace qx::app {
+namespace {
+
+using test::announcementOf;
+using test::frameOf;
+using test::TemporaryDirectory;
+
+const std::string LAMP = "0011223344556677";
+
+std::string euidOf(int number) {
+  char text[17];
+  std::snprintf(text, sizeof text, "%016x", static_cast<unsigned int>(number));
+  return text;
+}
+
+/// Fills an empty mesh with so many nodes.
+void fill(MeshServer& mesh, int nodes, unsigned char bootCount) {
+  for (int number = 1; number <= nodes; ++number) mesh.take(frameOf(announcementOf(euidOf(number), bootCount)));
+}
+
+std::string bytesOf(const MeshServer& mesh) { return bytesOfMesh(mesh.nodes(), mesh.zaps()); }
+
+TEST(MeshState, RestoresWhatItSaved) {
+  const TemporaryDirectory scratch;
+  std::string saved;
+  {
+    MeshServer mesh(0);
+    const MeshState state(scratch.path(), mesh);
+    EXPECT_EQ(state.file(), scratch.path("mesh.state"));
+    EXPECT_TRUE(mesh.nodes().empty());
+    fill(mesh, 3, 9);
+    mesh.take(frameOf("now " + LAMP + " 0 0x0000 0x8032 01 00 00 00 00"));  // the coordinator has no routes
+    ASSERT_EQ(mesh.zaps().size(), 1u);
+    state.save();
+    saved = bytesOf(mesh);
+  }
+  EXPECT_EQ(test::contentOf(scratch.path("mesh.state")), saved);
+  MeshServer mesh(0);
+  testing::internal::CaptureStderr();
+  const MeshState state(scratch.path(), mesh);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  ASSERT_EQ(mesh.nodes().size(), 3u);
+  EXPECT_EQ(mesh.nodes().begin()->second.bootCount(), 9u);
+  EXPECT_EQ(mesh.zaps().size(), 1u);
+  EXPECT_EQ(bytesOf(mesh), saved);
+}
+
+TEST(MeshState, AnEmptyMeshIsOneToo) {
+  const TemporaryDirectory scratch;
+  MeshServer mesh(0);
+  { MeshState(scratch.path(), mesh).save(); }
+  testing::internal::CaptureStderr();
+  const MeshState state(scratch.path(), mesh);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_TRUE(mesh.nodes().empty());
+}
+
+struct Damage {
+  const char* name;
+  std::string (*done)(std::string bytes);
+};
+
+class MeshStateDamage : public testing::TestWithParam<Damage> {};
+
+TEST_P(MeshStateDamage, IsKeptAsideAndSaidAndTheMeshBeginsAnew) {
+  const TemporaryDirectory scratch;
+  MeshServer earlier(0);
+  fill(earlier, 3, 9);
+  const std::string damaged = GetParam().done(bytesOf(earlier));
+  scratch.file("mesh.state", damaged);
+  scratch.file("mesh.state.damaged-1", "of another day");
+  const std::string aside = scratch.path("mesh.state.damaged-2");
+
+  MeshServer mesh(0);
+  testing::internal::CaptureStderr();
+  const MeshState state(scratch.path(), mesh);
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(said, testing::StartsWith("vso: " + scratch.path("mesh.state") + ": it"));
+  EXPECT_THAT(said, testing::EndsWith("; it is kept as " + aside + ", and the mesh begins anew\n"));
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+  EXPECT_TRUE(mesh.nodes().empty());
+  EXPECT_FALSE(std::filesystem::exists(scratch.path("mesh.state")));
+  EXPECT_EQ(test::contentOf(aside), damaged);
+
+  fill(mesh, 1, 1);
+  state.save();
+  EXPECT_EQ(test::contentOf(scratch.path("mesh.state")), bytesOf(mesh));
+  EXPECT_EQ(test::contentOf(aside), damaged);
+  EXPECT_EQ(test::contentOf(scratch.path("mesh.state.damaged-1")), "of another day");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, MeshStateDamage,
+    testing::Values(Damage{"NoByte", [](std::string) { return std::string(); }},
+                    Damage{"Half", [](std::string bytes) { return bytes.substr(0, bytes.size() / 2); }},
+                    Damage{"WithoutTheLastByte",
+                           [](std::string bytes) {
+                             bytes.pop_back();
+                             return bytes;
+                           }},
+                    Damage{"OneBitInTheMiddle",
+                           [](std::string bytes) {
+                             bytes[bytes.size() / 2] ^= 1;
+                             return bytes;
+                           }},
+                    Damage{"Zeros", [](std::string bytes) { return std::string(bytes.size(), '\0'); }},
+                    Damage{"Text", [](std::string) { return std::string("hello\n"); }}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(MeshState, EveryBeginningOfAFileIsDamaged) {
+  MeshServer mesh(0);
+  fill(mesh, 2, 9);
+  const std::string bytes = bytesOf(mesh);
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    EXPECT_THROW(meshOfBytes(bytes.substr(0, size)), BadMesh) << size;
+  }
+  EXPECT_EQ(meshOfBytes(bytes).nodes.size(), 2u);
+}
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int KILLS = 100;  // a process takes long to start and to end
+#else
+constexpr int KILLS = 1000;
+#endif
+
+/// Saves two meshes in turn for as long as it lives, and writes a byte to `begun` when that begins.
+[[noreturn]] void saveForEver(const std::string& folder, const MeshServer& small, const MeshServer& large, int begun) {
+  MeshServer mesh(0);
+  const MeshState state(folder, mesh);
+  if (::write(begun, "", 1) != 1) ::_exit(1);
+  for (;;) {
+    for (const MeshServer* const next : {&large, &small}) {
+      mesh.restore(next->nodes(), {});
+      state.save();
+    }
+  }
+}
+
+TEST(MeshState, AKilledSaveLeavesOneStateOrTheOtherWhole) {
+  const TemporaryDirectory scratch;
+  const std::string unfinished = scratch.path("mesh.state.new");
+  MeshServer small(0);
+  fill(small, 1, 1);
+  MeshServer large(0);
+  fill(large, 60, 2);
+  const std::string smallBytes = bytesOf(small);
+  const std::string largeBytes = bytesOf(large);
+  ASSERT_GT(largeBytes.size(), 10 * smallBytes.size());
+
+  scratch.file("mesh.state", smallBytes);
+
+  constexpr unsigned int LATEST = 8000;  // microseconds, in which some saves are done
+  std::mt19937 chance(20'260'314);
+  int interrupted = 0;
+  int foundSmall = 0;
+  for (int i = 0; i < KILLS; ++i) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t process = ::fork();
+    ASSERT_GE(process, 0);
+    if (process == 0) {
+      ::close(ends[0]);
+      try {
+        saveForEver(scratch.path(), small, large, ends[1]);
+      } catch (...) {
+        ::_exit(1);
+      }
+    }
+    ::close(ends[1]);
+    char begun = 0;
+    const ssize_t hasBegun = ::read(ends[0], &begun, 1);
+    std::this_thread::sleep_for(std::chrono::microseconds(chance() % LATEST));
+    ::kill(process, SIGKILL);
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    ::close(ends[0]);
+    ASSERT_EQ(hasBegun, 1) << "the process could not save";
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the process ended of its own accord";
+
+    interrupted += std::filesystem::exists(unfinished) ? 1 : 0;
+    const std::string found = test::contentOf(scratch.path("mesh.state"));
+    ASSERT_TRUE(found == smallBytes || found == largeBytes) << found.size() << " bytes after " << i << " kills";
+    foundSmall += found == smallBytes ? 1 : 0;
+    MeshServer mesh(0);
+    testing::internal::CaptureStderr();
+    {
+      const MeshState state(scratch.path(), mesh);  // which takes the folder from the dead
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    ASSERT_EQ(bytesOf(mesh), found);
+  }
+  // The test is worth something only if it caught saves halfway, and both states.
+  EXPECT_GT(interrupted, 0);
+  EXPECT_GT(foundSmall, 0);
+  EXPECT_LT(foundSmall, KILLS);
+  RecordProperty("interrupted", interrupted);
+}
+
+}  // namespace
+}  // namespace qx::app
