@@ -54,7 +54,12 @@ void TCPConnection::handleStateFunc(StateFunc callback) {
 
 void TCPConnection::start() {
   const Lock lock(mutex_);
-  if (state_ == CONNECTION_OPENING) changeState(CONNECTION_OPEN, OPERATION_START, {});
+  if (state_ != CONNECTION_OPENING) return;
+  // What is written while something is on its way goes out as one: to wait for more would only keep a peer waiting, by
+  // as much as 40 milliseconds for each answer.
+  error_code ignored;
+  socket_.set_option(boost::asio::ip::tcp::no_delay(true), ignored);
+  changeState(CONNECTION_OPEN, OPERATION_START, {});
 }
 
 void TCPConnection::close() { end(OPERATION_CLOSE, {}); }

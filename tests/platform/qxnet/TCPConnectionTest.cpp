@@ -811,6 +811,12 @@ TEST(TCPConnection, ExceptionOfTheStateCallbackLeavesRunAndItGoesOn) {
   EXPECT_THAT(link.events.all(), ElementsAre("2", "one\n", "0"));
 }
 
+TEST(TCPConnection, AnswersDoNotWaitForMore) {
+  Link link;
+  link.open();
+  EXPECT_EQ(1, optionOf(*link.connection, IPPROTO_TCP, TCP_NODELAY));
+}
+
 TEST(TCPConnection, KeepAliveValuesReachTheSocket) {
   Link link;
   link.open();
