@@ -14,7 +14,7 @@ class DeposableBool {
  public:
   /// Holds false. All constructors throw boost::thread_resource_error if a mutex cannot be made.
   DeposableBool() = default;
-  explicit DeposableBool(bool value) : val_(value) {}
+  DeposableBool(bool value) : val_(value) {}
 
   DeposableBool(const DeposableBool&) = delete;
   DeposableBool& operator=(const DeposableBool&) = delete;

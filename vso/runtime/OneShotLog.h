@@ -10,10 +10,11 @@ namespace qx {
 /// Remembers which messages were logged, by a key for each. May be used from any thread.
 class OneShotLog {
  public:
-  /// The one object, made at first use and destroyed at process exit. Throws boost::thread_resource_error if its mutex
-  /// cannot be made.
+  /// The object that all share, made at first use and destroyed at process exit.
   static OneShotLog& instance();
 
+  /// An object with keys of its own. Throws boost::thread_resource_error if its mutex cannot be made.
+  OneShotLog() = default;
   OneShotLog(const OneShotLog&) = delete;
   OneShotLog& operator=(const OneShotLog&) = delete;
   virtual ~OneShotLog() = default;
@@ -26,9 +27,6 @@ class OneShotLog {
   void reset(const std::string& key);
   /// Forgets all keys.
   void clear();
-
- protected:
-  OneShotLog() = default;
 
  private:
   boost::recursive_mutex mutex_;

@@ -12,7 +12,7 @@ class ReferencedBool {
  public:
   /// Holds false, with no reference. All constructors throw boost::thread_resource_error if a mutex cannot be made.
   ReferencedBool() = default;
-  explicit ReferencedBool(bool value) : val_(value) {}
+  ReferencedBool(bool value) : val_(value) {}
 
   ReferencedBool(const ReferencedBool&) = delete;
   ReferencedBool& operator=(const ReferencedBool&) = delete;

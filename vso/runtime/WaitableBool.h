@@ -15,7 +15,7 @@ class WaitableBool {
   /// variable cannot be made.
   WaitableBool() = default;
   /// Set to `value`.
-  explicit WaitableBool(bool value) : set_(true), value_(value) {}
+  WaitableBool(bool value) : set_(true), value_(value) {}
 
   WaitableBool(const WaitableBool&) = delete;
   WaitableBool& operator=(const WaitableBool&) = delete;

@@ -28,9 +28,13 @@ std::string bytesOfMesh(const MeshServer::Nodes& nodes, const MeshServer::Zaps& 
   for (const auto& [euid, zap] : zaps) mesh.mutable_zaps()->AddAllocated(zap.toProtobuf());
   pb::MeshFilePBuf file;
   file.set_version(VERSION);
-  file.set_mesh(mesh.SerializeAsString());
+  std::string bytes;
+  // A message has an end: 2 GiB. Nothing would be written in place of more than that.
+  bool isWritten = mesh.SerializeToString(file.mutable_mesh());
   file.set_checksum(checksumOf(file.mesh()));
-  return file.SerializeAsString();
+  isWritten = isWritten && file.SerializeToString(&bytes);
+  if (!isWritten) throw std::runtime_error("the mesh is too large to be saved");
+  return bytes;
 }
 
 SavedMesh meshOfBytes(const std::string& bytes) {

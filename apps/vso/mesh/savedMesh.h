@@ -19,7 +19,8 @@ struct SavedMesh {
   MeshServer::Zaps zaps;
 };
 
-/// The records of all nodes and access points; reports and unfinished tables are not among them.
+/// The records of all nodes and access points; reports and unfinished tables are not among them. Throws
+/// std::runtime_error for more than a message holds, 2 GiB.
 std::string bytesOfMesh(const MeshServer::Nodes& nodes, const MeshServer::Zaps& zaps);
 
 /// Throws BadMesh.

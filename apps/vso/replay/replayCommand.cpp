@@ -99,9 +99,11 @@ class Replay {
             complain(complaint);
           });
     }
-    mesh.look(extent.last + shift);
-    if (state) state->save();
+    // Without a frame nothing is known of the time, and nothing has changed.
+    const bool hasFrames = extent.lines > 0;
+    if (hasFrames) mesh.look(extent.last + shift);
     const int printed = printText(nodeTable(mesh, isColoured(options_.colour)) + summaryOf(mesh));
+    if (state && hasFrames) state->save();
     return printed == ExitStatus::DONE ? status_ : printed;
   }
 

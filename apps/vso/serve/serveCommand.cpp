@@ -1,15 +1,19 @@
 #include "apps/vso/serve/serveCommand.h"
 
 #include <log4cplus/loglevel.h>
+#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <ctime>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -44,7 +48,7 @@ constexpr const char* EXAMPLES = R"(
 State:
   The folder holds the mesh (mesh.state), the id of the process that uses it
   (vso.pid) and that process's lock. The mesh is saved on "save", now and then,
-  and at the end, by SIGTERM or SIGINT.
+  and at the end, by SIGTERM, SIGINT or SIGHUP.
 
 Examples:
   vso serve --state home
@@ -89,21 +93,36 @@ Place placeOf(const std::string& text) {
 /// Hands the lines of all clients to the commands, and their answers back.
 class Clients : public QxnetClient {
  public:
-  explicit Clients(LineCommands& commands) : commands_(commands) {}
+  explicit Clients(LineCommands& commands) : commands_(commands), most_(mostClients()) {}
 
   void handleData(QxnetTcpConnectionPtr connection, const std::string& data) override {
     // Who does not read the answers has enough questions.
     if (connection->asyncWrite(commands_.answer(data))) connection->close();
   }
-  void handleState(QxnetTcpConnectionPtr connection, QxnetConnectionState state, QxnetConnectionState /*previousState*/,
+  void handleState(QxnetTcpConnectionPtr connection, QxnetConnectionState state, QxnetConnectionState previousState,
                    QxnetConnectionOperation /*operation*/, const BErrorCode& /*error*/) override {
+    if (state == net::stream::CONNECTION_CLOSED && previousState != net::stream::CONNECTION_OPENING) --count_;
     if (state != net::stream::CONNECTION_OPEN) return;
+    if (++count_ > most_) {
+      connection->close();
+      return;
+    }
     QxnetServer::commonSocketOptions(connection);
     connection->asyncReadUntil(DELIMITER);
   }
 
  private:
+  /// A server that has no descriptor left for a connection accepts no more, so it does not come to that.
+  static std::size_t mostClients() {
+    constexpr rlim_t MOST = 200;
+    rlimit descriptors{};
+    if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) return MOST;
+    return std::min(MOST, descriptors.rlim_cur / 2);
+  }
+
   LineCommands& commands_;
+  const std::size_t most_;
+  std::size_t count_ = 0;
 };
 
 class Serving {
@@ -116,7 +135,7 @@ class Serving {
         clients_(commands_),
         place_(placeOf(options.listen)),
         server_(boost::make_shared<QxnetServer>(mesh_.context(), place_.address, place_.port, clients_)),
-        end_(mesh_.context(), SIGTERM, SIGINT),
+        end_(mesh_.context(), SIGTERM, SIGINT, SIGHUP),
         nextSave_(mesh_.context()) {}
 
   int run() {
@@ -139,9 +158,15 @@ class Serving {
       nextSave_.cancel();
     });
     saveLater();
-    mesh_.context().run();
+    bool isWell = true;
+    try {
+      mesh_.context().run();
+    } catch (const std::exception& error) {  // such as no memory for an answer
+      std::cerr << "vso: " << error.what() << "\n";
+      isWell = false;
+    }
     QxMetricsClient::instance().stop();
-    return save() ? ExitStatus::DONE : ExitStatus::TROUBLE;
+    return save() && isWell ? ExitStatus::DONE : ExitStatus::TROUBLE;
   }
 
  private:
@@ -157,7 +182,7 @@ class Serving {
   bool save() const try {
     state_.save();
     return true;
-  } catch (const std::runtime_error& error) {
+  } catch (const std::exception& error) {
     std::cerr << "vso: " << error.what() << "; the mesh is not saved\n";
     return false;
   }

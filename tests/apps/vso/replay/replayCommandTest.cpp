@@ -258,6 +258,16 @@ TEST(ReplayCommand, KeepsTheDayWithItsAccessPoints) {
   EXPECT_THAT(lineWith(table, "0xc7b7"), HasSubstr("0/day green  400/h red         75/h yellow"));
 }
 
+TEST(ReplayCommand, ChangesNothingWithoutAFrame) {
+  const TemporaryDirectory folder;
+  const std::string state = folder.path("state");
+  ASSERT_EQ(replay({"--state", state, "--as-recorded", folder.file("day", boot(0, 1))}).status, 0);
+  const std::string saved = test::contentOf(state + "/mesh.state");
+  EXPECT_EQ(replay({"--state", state, folder.file("nothing", "")}).status, 0);
+  EXPECT_EQ(replay({"--state", state, folder.path("no file")}).status, 1);
+  EXPECT_EQ(test::contentOf(state + "/mesh.state"), saved);
+}
+
 TEST(ReplayCommand, BeginsAnewBesideAStateThatDoesNotRead) {
   const TemporaryDirectory folder;
   const std::string day = folder.file("day", boot(0, 1));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
@@ -299,8 +301,9 @@ TEST_P(ServeEnd, EndsWithMetricsToo) {
   EXPECT_TRUE(savedIn(folder_).nodes.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, ServeEnd, testing::Values(SIGTERM, SIGINT),
-                         [](const auto& row) { return row.param == SIGTERM ? "Terminate" : "Interrupt"; });
+INSTANTIATE_TEST_SUITE_P(Signals, ServeEnd, testing::Values(SIGTERM, SIGINT, SIGHUP), [](const auto& row) {
+  return row.param == SIGTERM ? "Terminate" : row.param == SIGINT ? "Interrupt" : "HangUp";
+});
 
 TEST_F(Serve, KilledItHasWhatWasSavedLast) {
   {
@@ -573,6 +576,27 @@ TEST_F(Serve, TruncatedAnnouncementsLeaveEveryNodeAsItWas) {
   }
   EXPECT_GT(broken, static_cast<int>(lines.size() / 2));
   for (const auto& [node, xml] : before) EXPECT_EQ(client.ask("node " + node + " xml"), xml) << node;
+}
+
+TEST_F(Serve, ACrowdBeyondTheDescriptorsIsSentAwayAndLeavesAServer) {
+  rlimit before{};
+  ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &before));
+  rlimit few = before;
+  few.rlim_cur = 40;
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &few));  // which the server takes over
+  ServeProcess server(arguments());
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &before));
+  LineClient good(server.port());
+  ASSERT_EQ(good.ask("save"), "ok\r\n");
+  {
+    std::vector<std::unique_ptr<test::LoopbackPeer>> crowd;
+    for (int i = 0; i < 100; ++i) crowd.push_back(std::make_unique<test::LoopbackPeer>(server.port()));
+    EXPECT_TRUE(waitUntil([&] { return crowd.back()->isEnded(); }));
+    EXPECT_EQ(good.ask("save"), "ok\r\n");
+  }
+  // The last of them have gone when there is room again.
+  EXPECT_TRUE(waitUntil([&] { return LineClient(server.port()).ask("save") == "ok\r\n"; }));
+  EXPECT_EQ(server.errors(), "");
 }
 
 TEST_F(Serve, HostileClientsDisturbNobody) {
