@@ -23,7 +23,7 @@
 #include "apps/vso/decode/MetricsSending.h"
 #include "apps/vso/decode/TextPrinter.h"
 #include "apps/vso/decode/decodeFrame.h"
-#include "apps/vso/encode/argumentValues.h"
+#include "apps/vso/textValues.h"
 #include "qxlogger/Logger.h"
 #include "qxshared/cleanString.h"
 

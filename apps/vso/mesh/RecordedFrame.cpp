@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "apps/vso/encode/argumentValues.h"
+#include "apps/vso/textValues.h"
 
 namespace qx::app {
 

@@ -18,13 +18,13 @@
 #include "apps/vso/LineReader.h"
 #include "apps/vso/OpenFile.h"
 #include "apps/vso/colour.h"
-#include "apps/vso/encode/argumentValues.h"
 #include "apps/vso/mesh/MeshServer.h"
 #include "apps/vso/mesh/MeshState.h"
 #include "apps/vso/mesh/RecordedFrame.h"
 #include "apps/vso/mesh/nodeTable.h"
 #include "apps/vso/printText.h"
 #include "apps/vso/replay/ProgressBar.h"
+#include "apps/vso/textValues.h"
 #include "qxlogger/Logger.h"
 
 namespace qx::app {

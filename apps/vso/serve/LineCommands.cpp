@@ -9,10 +9,10 @@
 #include <utility>
 
 #include "apps/vso/encode/CommandRow.h"
-#include "apps/vso/encode/argumentValues.h"
 #include "apps/vso/encode/encodeCommand.h"
 #include "apps/vso/mesh/meshForms.h"
 #include "apps/vso/mesh/nodeWords.h"
+#include "apps/vso/textValues.h"
 #include "qxshared/cleanString.h"
 #include "qxshared/hexStr.h"
 

@@ -20,10 +20,10 @@
 #include <string>
 
 #include "apps/vso/ExitStatus.h"
-#include "apps/vso/encode/argumentValues.h"
 #include "apps/vso/mesh/MeshServer.h"
 #include "apps/vso/mesh/MeshState.h"
 #include "apps/vso/serve/LineCommands.h"
+#include "apps/vso/textValues.h"
 #include "qxlogger/Logger.h"
 #include "qxnet/TCPConnection.h"
 #include "vso/connectors/QxMetricsClient.h"

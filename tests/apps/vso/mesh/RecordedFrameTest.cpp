@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/vso/encode/argumentValues.h"
+#include "apps/vso/textValues.h"
 #include "support/Bytes.h"
 
 namespace qx::app {
