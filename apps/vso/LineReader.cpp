@@ -6,10 +6,12 @@
 #include <cerrno>
 #include <utility>
 
+#include "apps/vso/OpenFile.h"
+
 namespace qx::app {
 
-LineReader::LineReader(int descriptor, std::function<void()> beforeRead)
-    : descriptor_(descriptor), beforeRead_(std::move(beforeRead)) {}
+LineReader::LineReader(int descriptor, std::string name, std::function<void()> beforeRead)
+    : descriptor_(descriptor), name_(std::move(name)), beforeRead_(std::move(beforeRead)) {}
 
 bool LineReader::next() {
   line_.clear();
@@ -24,14 +26,12 @@ bool LineReader::next() {
     const std::size_t room = LONGEST_LINE - line_.size();
     line_.append(begin, std::min(found, room));
     isTooLong_ = isTooLong_ || found > room;
-    at_ += found;
-    if (newline != end) {
-      ++at_;
-      break;
-    }
+    const std::size_t taken = newline != end ? found + 1 : found;
+    at_ += taken;
+    offset_ += taken;
+    if (newline != end) break;
   }
-  // Half a line in front of an error is none.
-  if (!hasBytes || error_ != 0) return false;
+  if (!hasBytes) return false;
   ++number_;
   return true;
 }
@@ -42,10 +42,14 @@ bool LineReader::fill() {
   do {
     count = ::read(descriptor_, buffer_.data(), buffer_.size());
   } while (count < 0 && errno == EINTR);
-  if (count < 0) error_ = errno;
+  if (count < 0) throw FileError(name_, errno);
   at_ = 0;
-  end_ = count > 0 ? static_cast<std::size_t>(count) : 0;
+  end_ = static_cast<std::size_t>(count);
   return end_ != 0;
+}
+
+std::string LineReader::complaint(const std::string& reason) const {
+  return name_ + ":" + std::to_string(number_) + ": " + reason;
 }
 
 }  // namespace qx::app

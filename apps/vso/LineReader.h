@@ -14,10 +14,11 @@ class LineReader {
   /// Bytes of the longest line that is kept.
   static constexpr std::size_t LONGEST_LINE = 65536;
 
-  /// Reads from an open descriptor, which stays the caller's. `beforeRead` is called before each read, which may block.
-  explicit LineReader(int descriptor, std::function<void()> beforeRead = {});
+  /// Reads from an open descriptor, which stays the caller's; messages call it `name`. `beforeRead` is called before
+  /// each read, which may block.
+  LineReader(int descriptor, std::string name, std::function<void()> beforeRead = {});
 
-  /// Moves to the next line; false at the end and at an error.
+  /// Moves to the next line; false at the end. Throws FileError if a read fails: half a line in front of that is none.
   bool next();
 
   /// Without its newline. What does not fit is missing.
@@ -25,13 +26,16 @@ class LineReader {
   bool isTooLong() const { return isTooLong_; }
   /// Counts from 1.
   unsigned long long number() const { return number_; }
-  /// The errno of a read that failed, 0 if none did.
-  int error() const { return error_; }
+  /// Bytes up to the end of the line.
+  unsigned long long offset() const { return offset_; }
+  /// What is said of the line in a message: "frames.txt:7: REASON".
+  std::string complaint(const std::string& reason) const;
 
  private:
   bool fill();
 
   int descriptor_;
+  std::string name_;
   std::function<void()> beforeRead_;
   std::array<char, 65536> buffer_;
   std::size_t at_ = 0;
@@ -39,7 +43,7 @@ class LineReader {
   std::string line_;
   bool isTooLong_ = false;
   unsigned long long number_ = 0;
-  int error_ = 0;
+  unsigned long long offset_ = 0;
 };
 
 }  // namespace qx::app

@@ -2,25 +2,40 @@
 #pragma once
 
 #include <fcntl.h>
-#include <unistd.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace qx::app {
 
-/// Open for reading; `descriptor` is -1, with `errno` set, if that failed.
+/// What is wrong with a file, in one line: its path and the reason.
+class FileError : public std::runtime_error {
+ public:
+  FileError(const std::string& path, const std::string& reason);
+  /// The system's reason, an `errno`.
+  FileError(const std::string& path, int error);
+};
+
+/// Where the system refuses something, FileError is thrown.
 class OpenFile {
  public:
-  explicit OpenFile(const std::string& name) : descriptor_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
-  ~OpenFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
+  explicit OpenFile(const std::string& path, int flags = O_RDONLY, mode_t mode = 0666);
+  ~OpenFile();
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
   int descriptor() const { return descriptor_; }
 
+  /// From where the file is at to its end.
+  std::string readAll() const;
+  void writeAll(const std::string& content) const;
+  /// Has what was written brought to the disk.
+  void sync() const;
+  /// Some file systems tell of a failed write only here.
+  void close();
+
  private:
+  std::string path_;
   int descriptor_;
 };
 

@@ -3,9 +3,9 @@
 #include <unistd.h>
 
 #include <iostream>
-#include <system_error>
 
 #include "apps/vso/ExitStatus.h"
+#include "apps/vso/OpenFile.h"
 #include "apps/vso/Output.h"
 
 namespace qx::app {
@@ -15,7 +15,7 @@ int printText(const std::string& text) {
   output.write(text);
   output.flush();
   if (output.error() == 0) return ExitStatus::DONE;
-  std::cerr << "vso: standard output: " << std::generic_category().message(output.error()) << "\n";
+  std::cerr << "vso: " << FileError("standard output", output.error()).what() << "\n";
   return ExitStatus::TROUBLE;
 }
 

@@ -4,13 +4,11 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <exception>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "apps/vso/ExitStatus.h"
@@ -115,45 +113,44 @@ class Decoding {
   int run(const std::vector<std::string>& files) {
     for (const std::string& file : files) {
       if (output_.error() != 0) break;
-      if (file == STANDARD_INPUT) {
-        decodeLines(STDIN_FILENO, "<stdin>");
-      } else {
-        decodeFile(file);
-      }
+      decodeFile(file);
     }
     output_.flush();
-    if (output_.error() != 0) complain("standard output", output_.error());
+    if (output_.error() != 0) complain(FileError("standard output", output_.error()));
     return status_;
   }
 
  private:
   void decodeFile(const std::string& name) {
-    const OpenFile file(name);
-    if (file.descriptor() < 0) {
-      complain(name, errno);
-    } else {
-      decodeLines(file.descriptor(), name);
+    try {
+      if (name == STANDARD_INPUT) {
+        decodeLines(STDIN_FILENO, "<stdin>");
+      } else {
+        const OpenFile file(name);
+        decodeLines(file.descriptor(), name);
+      }
+    } catch (const FileError& error) {
+      complain(error);
     }
   }
 
   void decodeLines(int descriptor, const std::string& name) {
     // Whoever feeds a pipe and waits sees what has been said so far.
-    LineReader reader(descriptor, [this] { output_.flush(); });
-    while (output_.error() == 0 && reader.next()) decodeLine(reader, name);
-    if (reader.error() != 0) complain(name, reader.error());
+    LineReader reader(descriptor, name, [this] { output_.flush(); });
+    while (output_.error() == 0 && reader.next()) decodeLine(reader);
   }
 
-  void decodeLine(const LineReader& reader, const std::string& name) {
+  void decodeLine(const LineReader& reader) {
     try {
       const FrameLine line = reader.isTooLong() ? tooLong() : parseFrameLine(reader.line());
       if (const auto* const frame = std::get_if<ReceivedFrame>(&line)) {
         output_.write(printer_->print(decodeFrame(*frame)));
         if (metrics_) metrics_->send(*frame);
       } else if (const auto* const unreadable = std::get_if<UnreadableLine>(&line)) {
-        refuse(*unreadable, reader, name);
+        refuse(*unreadable, reader);
       }
     } catch (const std::exception& error) {
-      refuse({"cannot be decoded: " + cleanString(error.what()), std::nullopt}, reader, name);
+      refuse({"cannot be decoded: " + cleanString(error.what()), std::nullopt}, reader);
     }
   }
 
@@ -161,17 +158,17 @@ class Decoding {
     return UnreadableLine{"longer than " + std::to_string(LineReader::LONGEST_LINE) + " bytes", std::nullopt};
   }
 
-  void refuse(const UnreadableLine& line, const LineReader& reader, const std::string& name) {
+  void refuse(const UnreadableLine& line, const LineReader& reader) {
     output_.write(printer_->print(line));
-    // On a terminal both streams come out in the order of the lines.
-    output_.flush();
-    std::cerr << name << ":" << reader.number() << ": " << line.reason << "\n";
-    status_ = ExitStatus::TROUBLE;
+    complain(reader.complaint(line.reason));
   }
 
-  void complain(const std::string& name, int error) {
+  void complain(const FileError& error) { complain("vso: " + std::string(error.what())); }
+
+  void complain(const std::string& complaint) {
+    // On a terminal both streams come out in the order of the lines.
     output_.flush();
-    std::cerr << "vso: " << name << ": " << std::generic_category().message(error) << "\n";
+    std::cerr << complaint << "\n";
     status_ = ExitStatus::TROUBLE;
   }
 

@@ -9,8 +9,7 @@
 
 namespace qx::app {
 
-/// Belongs to one process at a time, whose id stands in its file "vso.pid". Failures throw std::runtime_error with a
-/// text of one line that names the file and the system's reason.
+/// Belongs to one process at a time, whose id stands in its file "vso.pid". Failures throw FileError.
 class StateDirectory {
  public:
   /// Makes the folder if there is none, and takes it. Throws if it cannot be written, or another process has it.
@@ -36,6 +35,9 @@ class StateDirectory {
   Xfile lock_;
   std::optional<PidDropper> pid_;
 };
+
+/// Empty if a folder can have this path, otherwise why it cannot: a check of a command line's option.
+std::string isStatePath(const std::string& text);
 
 /// The content of any file. Throws as StateDirectory.
 std::string contentOf(const std::string& path);

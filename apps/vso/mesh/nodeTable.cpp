@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <string_view>
 #include <vector>
 
+#include "apps/vso/cleanText.h"
 #include "apps/vso/mesh/nodeWords.h"
 #include "qxshared/hexStr.h"
 
@@ -37,8 +37,9 @@ std::string barsOf(const ZigbeeNode& node) {
 }
 
 Row rowOf(ZigbeeNode& node) {
+  constexpr std::size_t LONGEST_NAME = 32;
   Row row;
-  row.push_back({nameOf(node)});
+  row.push_back({clipped(nameOf(node), LONGEST_NAME)});
   row.push_back({typeOf(node)});
   row.push_back({hexStr(node.sid(), sizeof node.sid(), true)});
   row.push_back({barsOf(node)});
@@ -46,11 +47,6 @@ Row rowOf(ZigbeeNode& node) {
   node.updateNetworkHealth();
   for (const Story& story : storiesOf(node)) row.push_back({story.rate + " " + story.light, story.light});
   return row;
-}
-
-/// As many columns as a terminal takes for it: bytes that go on with a character do not count.
-std::size_t widthOf(const std::string& text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
 }  // namespace
@@ -62,14 +58,14 @@ std::string nodeTable(MeshServer& mesh, bool isColoured) {
 
   std::vector<std::size_t> widths(rows.front().size());
   for (const Row& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], widthOf(row[i].text));
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], charactersOf(row[i].text));
   }
   std::string table;
   for (const Row& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       const char* const colour = isColoured ? colourOf(row[i].light) : "";
       table += *colour != '\0' ? colour + row[i].text + PLAIN : row[i].text;
-      if (i + 1 < row.size()) table += std::string(widths[i] - widthOf(row[i].text) + 2, ' ');
+      if (i + 1 < row.size()) table += std::string(widths[i] - charactersOf(row[i].text) + 2, ' ');
     }
     table += '\n';
   }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "qxshared/cleanString.h"
+#include "apps/vso/cleanText.h"
 #include "vso/node/NetworkHealth.h"
 #include "vso/proto/ZigbeeNodePBuf.pb.h"
 
@@ -29,8 +29,8 @@ std::string valueOf(const ZigbeeNode& node, const std::string& name) {
 }  // namespace
 
 std::string nameOf(const ZigbeeNode& node) {
-  if (!node.defaultLabel()) return cleanString(node.label());
-  return node.hasProduct() ? cleanString(node.product()) : node.lid().toString();
+  if (!node.defaultLabel()) return cleanText(node.label());
+  return node.hasProduct() ? cleanText(node.product()) : node.lid().toString();
 }
 
 std::string typeOf(const ZigbeeNode& node) { return node.deviceTypeStr(); }

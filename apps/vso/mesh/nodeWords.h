@@ -8,7 +8,7 @@
 
 namespace qx::app {
 
-/// What people call the node, else its product, else its long address. Safe for a terminal.
+/// What people call the node, else its product, else its long address. In UTF-8, and safe for a terminal.
 std::string nameOf(const ZigbeeNode& node);
 
 /// "Router" and so on, as the library says it.

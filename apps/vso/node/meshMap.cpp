@@ -1,22 +1,24 @@
 #include "apps/vso/node/meshMap.h"
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <list>
 #include <map>
 #include <stdexcept>
-#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "apps/vso/OpenFile.h"
 #include "apps/vso/mesh/nodeWords.h"
 #include "qxshared/hexStr.h"
 
@@ -54,12 +56,13 @@ Links linksOf(const MeshServer& mesh) {
   return links;
 }
 
-/// As it stands between quotes in the language of the graph.
+/// As it stands between quotes in the language of the graph, which knows the entities of HTML.
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char c : text) {
     if (c == '"' || c == '\\') result += '\\';
     result += c;
+    if (c == '&') result += "amp;";
   }
   return result;
 }
@@ -103,29 +106,68 @@ std::string lookOf(unsigned int lqi) {
   return std::string("color=") + colour + ", fontcolor=" + colour + ", penwidth=" + width;
 }
 
-/// Runs `arguments`, and returns its exit status; 127 if there is no such program.
-int run(std::vector<std::string> arguments) {
+/// How the picture is laid out, so that Graphviz is done within seconds: lines that bend around nodes take a minute
+/// for 1000 links, and neato, which alone heeds the length of a link, for 4000 devices.
+std::string layoutOf(std::size_t devices, std::size_t links) {
+  constexpr std::size_t MOST_FOR_NEATO = 1000;
+  constexpr std::size_t MOST_BENT = 250;
+  return std::string("layout=") + (devices <= MOST_FOR_NEATO ? "neato" : "sfdp") +
+         "; splines=" + (links <= MOST_BENT ? "true;" : "line;");
+}
+
+/// What became of a program that was run.
+struct Ending {
+  /// Why it was not started, an `errno`; 0 if it was.
+  int error = 0;
+  bool tookTooLong = false;
+  bool succeeded = false;
+};
+
+/// Starts a program that has nothing to read, and returns its process; -1, with `errno` set, if that fails.
+pid_t start(std::vector<std::string> arguments) {
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   pid_t process = -1;
-  constexpr int NOT_FOUND = 127;
-  if (::posix_spawnp(&process, argv[0], nullptr, nullptr, argv.data(), environ) != 0) return NOT_FOUND;
-  int status = 0;
-  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  const int error = ::posix_spawnp(&process, argv[0], &actions, nullptr, argv.data(), environ);
+  ::posix_spawn_file_actions_destroy(&actions);
+  errno = error;
+  return error == 0 ? process : -1;
+}
+
+/// Runs a program, and kills it if it takes longer than `limit`.
+Ending run(const std::vector<std::string>& arguments, std::chrono::milliseconds limit) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds NAP(10);
+  Ending ending;
+  // A parent that ignored the signal would have left us without the exit status.
+  static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
+  const Clock::time_point end = Clock::now() + limit;
+  const pid_t process = start(arguments);
+  if (process < 0) {
+    ending.error = errno;
+    return ending;
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+  int status = 0;
+  pid_t ended;
+  while ((ended = ::waitpid(process, &status, WNOHANG)) == 0 || (ended < 0 && errno == EINTR)) {
+    if (!ending.tookTooLong && Clock::now() >= end) {
+      ending.tookTooLong = true;
+      ::kill(process, SIGKILL);
+    }
+    std::this_thread::sleep_for(NAP);
+  }
+  ending.succeeded = ended == process && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  return ending;
 }
 
-[[noreturn]] void fail(const std::string& file) {
-  throw std::runtime_error(file + ": " + std::generic_category().message(errno));
-}
-
-void writeFile(const std::string& file, const std::string& content) {
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
-  out << content;
-  out.close();
-  if (!out) fail(file);
+void writeFile(const std::string& path, const std::string& content) {
+  OpenFile file(path, O_WRONLY | O_CREAT | O_TRUNC);
+  file.writeAll(content);
+  file.close();
 }
 
 /// The graph in a file of its own beside `file`, whose path is returned. It takes nobody's place.
@@ -133,7 +175,7 @@ std::string writeBeside(const std::string& file, const std::string& graph) {
   constexpr const char* END = ".gv";
   std::string path = file + ".XXXXXX" + END;
   const int descriptor = ::mkstemps(path.data(), static_cast<int>(std::strlen(END)));
-  if (descriptor < 0) fail(file);
+  if (descriptor < 0) throw FileError(file, errno);
   ::close(descriptor);
   writeFile(path, graph);
   return path;
@@ -146,9 +188,12 @@ bool endsWith(const std::string& text, const std::string& end) {
 }  // namespace
 
 std::string graphOf(MeshServer& mesh) {
+  const std::vector<Line> lines = linesOf(mesh);
   std::string graph =
       "graph mesh {\n"
-      "  layout=neato; overlap=scale; splines=true; outputorder=edgesfirst; bgcolor=white;\n"
+      "  " +
+      layoutOf(mesh.nodes().size() + mesh.zaps().size(), lines.size()) +
+      " overlap=scale; outputorder=edgesfirst; bgcolor=white;\n"
       "  node [shape=box, style=\"rounded,filled\", fontname=\"sans-serif\", fontsize=11];\n"
       "  edge [fontname=\"sans-serif\", fontsize=9];\n";
   for (const auto& [euid, zap] : mesh.zaps()) {
@@ -164,7 +209,7 @@ std::string graphOf(MeshServer& mesh) {
              ", fillcolor=\"" + fillOf(worstLightOf(node)) + "\"" +
              (node.isOnline() ? "" : ", style=\"rounded,filled,dashed\"") + "];\n";
   }
-  for (const Line& line : linesOf(mesh)) {
+  for (const Line& line : lines) {
     // In inches, as far as the others let it.
     constexpr unsigned int LONGEST = 420;
     constexpr double AN_INCH = 60;
@@ -176,7 +221,7 @@ std::string graphOf(MeshServer& mesh) {
   return graph + "}\n";
 }
 
-void drawGraph(const std::string& graph, const std::string& file) {
+void drawGraph(const std::string& graph, const std::string& file, std::chrono::milliseconds limit) {
   if (endsWith(file, ".gv") || endsWith(file, ".dot")) {
     writeFile(file, graph);
     return;
@@ -184,16 +229,18 @@ void drawGraph(const std::string& graph, const std::string& file) {
   const std::size_t dot = file.rfind('.');
   const std::string form = dot == std::string::npos ? "" : file.substr(dot + 1);
   if (form != "svg" && form != "png" && form != "pdf") {
-    throw std::runtime_error(file + ": a map is drawn as svg, png or pdf, or written as gv or dot");
+    throw FileError(file, "a map is drawn as svg, png or pdf, or written as gv or dot");
   }
   // Of a name that begins with a dash, dot would make an option.
   const std::string source = writeBeside(file.front() == '-' ? "./" + file : file, graph);
-  constexpr int NOT_FOUND = 127;
-  const int status = run({"dot", "-T" + form, "-o" + file, source});
-  if (status == NOT_FOUND) {
-    throw std::runtime_error("Graphviz (dot) is not installed; the graph is in " + source);
-  }
-  if (status != 0) throw std::runtime_error("Graphviz could not draw " + file + "; the graph is in " + source);
+  const Ending ending = run({"dot", "-T" + form, "-o" + file, source}, limit);
+  const auto fail = [&source](const std::string& what) {
+    throw std::runtime_error("Graphviz " + what + "; the graph is in " + source);
+  };
+  if (ending.error == ENOENT) fail("(dot) is not installed");
+  if (ending.error != 0) fail(std::string("cannot be started: ") + FileError("dot", ending.error).what());
+  if (ending.tookTooLong) fail("took longer than " + std::to_string(limit.count() / 1000) + " s");
+  if (!ending.succeeded) fail("could not draw " + file);
   ::unlink(source.c_str());
 }
 

@@ -1,12 +1,14 @@
 #include "apps/vso/replay/replayCommand.h"
 
+#include <fcntl.h>
 #include <log4cplus/loglevel.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
+#include <cstdint>
 #include <ctime>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -79,38 +81,56 @@ class Replay {
   explicit Replay(const Options& options) : options_(options) {}
 
   int run() {
-    const Extent extent = measure();
+    // One for both passes: who waits does not care which of them it is for.
+    ProgressBar progress("replaying", PASSES * bytes());
+    const Extent extent = measure(progress);
     const std::time_t shift = options_.asRecorded || extent.lines == 0 ? 0 : std::time(nullptr) - extent.last;
     MeshServer mesh(extent.first + shift);
     std::optional<MeshState> state;
-    if (!options_.state.empty()) state.emplace(options_.state, mesh);
-    {
-      ProgressBar progress("replaying", extent.lines);
-      std::size_t done = 0;
-      forEachFrame(
-          [&](RecordedFrame& frame) {
-            // Before 1970 there is no local time.
-            frame.time = std::max<std::time_t>(frame.time + shift, 0);
-            mesh.take(frame);
-            progress.at(++done);
-          },
-          [&](const std::string& complaint) {
-            progress.hide();
-            complain(complaint);
-          });
+    if (!options_.state.empty()) {
+      progress.hide();  // the state may have something to complain of
+      state.emplace(options_.state, mesh);
     }
+    forEachFrame(
+        progress,
+        [&](RecordedFrame& frame) {
+          // Before 1970 there is no local time.
+          frame.time = std::max<std::time_t>(frame.time + shift, 0);
+          mesh.take(frame);
+        },
+        [&](const std::string& complaint) {
+          progress.hide();
+          complain(complaint);
+        });
+    progress.hide();
     // Without a frame nothing is known of the time, and nothing has changed.
     const bool hasFrames = extent.lines > 0;
-    if (hasFrames) mesh.look(extent.last + shift);
+    if (hasFrames) mesh.look(std::max(extent.last + shift, lastContactIn(mesh)));
     const int printed = printText(nodeTable(mesh, isColoured(options_.colour)) + summaryOf(mesh));
     if (state && hasFrames) state->save();
     return printed == ExitStatus::DONE ? status_ : printed;
   }
 
  private:
-  Extent measure() const {
+  static constexpr unsigned int PASSES = 2;
+
+  /// Of all files whose size can be told.
+  unsigned long long bytes() const {
+    unsigned long long sum = 0;
+    for (const std::string& name : options_.files) sum += sizeOf(name);
+    return sum;
+  }
+
+  static unsigned long long sizeOf(const std::string& file) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(file, error);
+    return error ? 0 : size;
+  }
+
+  Extent measure(ProgressBar& progress) {
     Extent extent;
     forEachFrame(
+        progress,
         [&](const RecordedFrame& frame) {
           extent.first = extent.lines == 0 ? frame.time : std::min(extent.first, frame.time);
           extent.last = std::max(extent.last, frame.time);
@@ -121,29 +141,42 @@ class Replay {
   }
 
   template <typename Use, typename Complain>
-  void forEachFrame(const Use& use, const Complain& complainOf) const {
+  void forEachFrame(ProgressBar& progress, const Use& use, const Complain& complainOf) {
     for (const std::string& name : options_.files) {
-      const OpenFile file(name);
-      if (file.descriptor() < 0) {
-        complainOf("vso: " + name + ": " + std::generic_category().message(errno));
-        continue;
-      }
-      if (::lseek(file.descriptor(), 0, SEEK_CUR) < 0) {
-        complainOf("vso: " + name + ": a pipe or a terminal cannot be read twice, as a recording is");
-        continue;
-      }
-      LineReader reader(file.descriptor());
-      while (reader.next()) {
-        try {
-          if (reader.isTooLong()) throw BadArgument("the line is too long");
-          std::optional<RecordedFrame> frame = parseRecordedFrame(reader.line());
-          if (frame) use(*frame);
-        } catch (const BadArgument& error) {
-          complainOf(name + ":" + std::to_string(reader.number()) + ": " + error.what());
+      try {
+        // A pipe is not waited for.
+        const OpenFile file(name, O_RDONLY | O_NONBLOCK);
+        if (::lseek(file.descriptor(), 0, SEEK_CUR) < 0) {
+          throw FileError(name, "a pipe or a terminal cannot be read twice, as a recording is");
         }
+        LineReader reader(file.descriptor(), name);
+        while (reader.next()) {
+          forFrameOf(reader, use, complainOf);
+          progress.at(done_ + reader.offset());
+        }
+      } catch (const FileError& error) {
+        complainOf("vso: " + std::string(error.what()));
       }
-      if (reader.error() != 0) complainOf("vso: " + name + ": " + std::generic_category().message(reader.error()));
+      done_ += sizeOf(name);
     }
+  }
+
+  template <typename Use, typename Complain>
+  static void forFrameOf(const LineReader& reader, const Use& use, const Complain& complainOf) {
+    try {
+      if (reader.isTooLong()) throw BadArgument("the line is too long");
+      std::optional<RecordedFrame> frame = parseRecordedFrame(reader.line());
+      if (frame) use(*frame);
+    } catch (const BadArgument& error) {
+      complainOf(reader.complaint(error.what()));
+    }
+  }
+
+  /// When the node that was heard last was.
+  static std::time_t lastContactIn(const MeshServer& mesh) {
+    std::time_t last = 0;
+    for (const auto& [euid, node] : mesh.nodes()) last = std::max(last, node.lastContact());
+    return last;
   }
 
   void complain(const std::string& complaint) {
@@ -159,6 +192,8 @@ class Replay {
   }
 
   const Options& options_;
+  /// Bytes of the files that have been read, in both passes.
+  unsigned long long done_ = 0;
   int status_ = ExitStatus::DONE;
 };
 
@@ -177,7 +212,8 @@ void addReplayCommand(CLI::App& program, std::function<int()>& chosen) {
       ->option_text("...")
       ->required();
   command->add_option("--state", options->state, "Go on from the mesh kept in this folder, and keep it there")
-      ->option_text("DIR");
+      ->option_text("DIR")
+      ->check(isStatePath, "");
   command->add_flag("--as-recorded", options->asRecorded, "Leave the times as they are");
   addColourOption(*command, options->colour);
   command->footer(HELP);

@@ -1,40 +1,24 @@
 #include "apps/vso/LineReader.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
+#include "apps/vso/OpenFile.h"
 #include "support/ProgramRunner.h"
 
 namespace qx::app {
 namespace {
 
-/// Descriptor of a file, as `open` gives it.
-class Opened {
- public:
-  explicit Opened(const char* name) : descriptor_(::open(name, O_RDONLY | O_CLOEXEC)) {}
-  ~Opened() { ::close(descriptor_); }
-  Opened(const Opened&) = delete;
-  Opened& operator=(const Opened&) = delete;
-
-  int descriptor() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
 std::vector<std::string> linesOf(const std::string& content) {
   const test::TemporaryFile file(content);
-  const Opened opened(file.name().c_str());
-  LineReader reader(opened.descriptor());
+  const OpenFile opened(file.name());
+  LineReader reader(opened.descriptor(), "lines");
   std::vector<std::string> lines;
   while (reader.next()) lines.push_back(reader.line());
   EXPECT_EQ(reader.number(), lines.size());
-  EXPECT_EQ(reader.error(), 0);
+  EXPECT_EQ(reader.offset(), content.size());
   return lines;
 }
 
@@ -64,8 +48,8 @@ TEST(LineReader, PutsLinesTogetherThatLieAcrossReads) {
 TEST(LineReader, KeepsALineOfTheLimitAndCutsALongerOne) {
   const std::string longest(LineReader::LONGEST_LINE, 'x');
   const test::TemporaryFile file(longest + "\n" + longest + "y\n" + std::string(1000000, 'z') + "\nend\n");
-  const Opened opened(file.name().c_str());
-  LineReader reader(opened.descriptor());
+  const OpenFile opened(file.name());
+  LineReader reader(opened.descriptor(), "lines");
 
   ASSERT_TRUE(reader.next());
   EXPECT_FALSE(reader.isTooLong());
@@ -83,17 +67,39 @@ TEST(LineReader, KeepsALineOfTheLimitAndCutsALongerOne) {
 }
 
 TEST(LineReader, TellsWhyAReadFailed) {
-  const Opened directory("/");
-  LineReader reader(directory.descriptor());
-  EXPECT_FALSE(reader.next());
-  EXPECT_EQ(reader.error(), EISDIR);
+  const OpenFile directory("/");
+  LineReader reader(directory.descriptor(), "lines");
+  std::string trouble;
+  try {
+    reader.next();
+  } catch (const FileError& error) {
+    trouble = error.what();
+  }
+  EXPECT_EQ(trouble, "lines: Is a directory");
+  EXPECT_EQ(reader.number(), 0u);
+}
+
+TEST(LineReader, TellsWhereALineIs) {
+  const test::TemporaryFile file("one\n\ntwo");
+  const OpenFile opened(file.name());
+  LineReader reader(opened.descriptor(), "lines");
+  EXPECT_EQ(reader.offset(), 0u);
+  const struct {
+    unsigned long long offset;
+    const char* complaint;
+  } rows[] = {{4, "lines:1: not liked"}, {5, "lines:2: not liked"}, {8, "lines:3: not liked"}};
+  for (const auto& row : rows) {
+    ASSERT_TRUE(reader.next());
+    EXPECT_EQ(reader.offset(), row.offset);
+    EXPECT_EQ(reader.complaint("not liked"), row.complaint);
+  }
 }
 
 TEST(LineReader, CallsBackBeforeEachRead) {
   const test::TemporaryFile file("one\ntwo\n");
-  const Opened opened(file.name().c_str());
+  const OpenFile opened(file.name());
   int reads = 0;
-  LineReader reader(opened.descriptor(), [&reads] { ++reads; });
+  LineReader reader(opened.descriptor(), "lines", [&reads] { ++reads; });
   EXPECT_EQ(reads, 0);
   ASSERT_TRUE(reader.next());
   ASSERT_TRUE(reader.next());

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -88,6 +89,11 @@ ssize_t write(int file, const void* bytes, size_t size) {
   if (Calls::watched && Calls::refuses("write " + qx::test::nameOf(file))) return -1;
   if (Calls::isInterrupted()) return -1;
   return nextFunction<ssize_t(int, const void*, size_t)>("write")(file, bytes, Calls::sizeOf(size));
+}
+
+int flock(int file, int operation) noexcept {
+  if (Calls::watched && Calls::refuses("flock " + qx::test::nameOf(file))) return -1;
+  return nextFunction<int(int, int)>("flock")(file, operation);
 }
 
 int fsync(int file) {
@@ -178,6 +184,17 @@ TEST_F(StateDirectoryCalls, ANewFolderIsOnTheDiskWithItsName) {
   EXPECT_THAT(made({"fsync"}), ElementsAre("fsync " + above));
   EXPECT_EQ(watch([&] { const StateDirectory folder(scratch_.path("state")); }), "");
   EXPECT_THAT(made({"fsync"}), ElementsAre()) << "of a folder that was there";
+}
+
+TEST_F(StateDirectoryCalls, ALockThatIsRefusedIsAnothersOnlyIfTheSystemSaysSo) {
+  const auto take = [&] { const StateDirectory folder(scratch_.path("state")); };
+  take();  // so that the folder is there
+  EXPECT_EQ(watch(take), "");
+  const auto number =
+      static_cast<int>(std::find(Calls::made.begin(), Calls::made.end(), "flock lock") - Calls::made.begin());
+  EXPECT_EQ(watch(take, number, ENOLCK), scratch_.path("state/lock") + ": No locks available");
+  EXPECT_EQ(watch(take, number, EWOULDBLOCK),
+            scratch_.path("state") + ": in use by another process, see " + scratch_.path("state/vso.pid"));
 }
 
 TEST_F(StateDirectoryCalls, AnOldNameGoesWhenTheNewOneIsOnTheDisk) {

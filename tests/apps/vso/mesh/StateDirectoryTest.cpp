@@ -94,6 +94,11 @@ TEST(StateDirectory, NeedsTheFolderAboveAndAFolderAtAll) {
             scratch.path("file/state") + ": Not a directory");
 }
 
+TEST(StateDirectory, HasAPath) {
+  EXPECT_EQ(isStatePath(""), "an empty path");
+  for (const char* const path : {".", "home", "/", "no/such/folder", " "}) EXPECT_EQ(isStatePath(path), "") << path;
+}
+
 TEST(StateDirectory, HoldsTheIdOfItsProcessAsLongAsItLives) {
   const TemporaryDirectory scratch;
   {

@@ -15,6 +15,7 @@ namespace {
 using namespace test_mesh;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 const Device DOOR{"0017880100a00012", 0x0042};
 
@@ -78,9 +79,22 @@ TEST_F(NodeTableTest, ShowsNamesThatATerminalWouldObeyAsText) {
       "\x1b[2JK\xc3\xbc"
       "che\n");
   const std::string table = nodeTable(mesh_, false);
-  EXPECT_THAT(table, HasSubstr("\n\\x1b[2JK\\xc3\\xbc"
-                               "che\\n  Router "));
-  for (const char c : table) EXPECT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << static_cast<int>(c);
+  EXPECT_THAT(table, HasSubstr("\n\\x1b[2JK\xc3\xbc"
+                               "che\\n    Router "));
+  for (const char c : table) EXPECT_TRUE(c == '\n' || c < 0 || (c >= ' ' && c <= '~')) << static_cast<int>(c);
+}
+
+TEST_F(NodeTableTest, CutsALongName) {
+  const std::string umlaut = "\xc3\xbc";
+  std::string name;
+  for (int i = 0; i < 32; ++i) name += umlaut;
+  const std::string heading = "NAME" + std::string(30, ' ') + "TYPE ";
+  mesh_.node(LAMP.id())->label(name);
+  EXPECT_THAT(nodeTable(mesh_, false), HasSubstr("\n" + name + "  Router "));
+  EXPECT_THAT(nodeTable(mesh_, false), StartsWith(heading));
+  mesh_.node(LAMP.id())->label(name + "x");
+  EXPECT_THAT(nodeTable(mesh_, false), HasSubstr("\n" + name.substr(0, 29 * umlaut.size()) + "...  Router "));
+  EXPECT_THAT(nodeTable(mesh_, false), StartsWith(heading));
 }
 
 TEST_F(NodeTableTest, MakesNewReports) {

@@ -35,7 +35,7 @@ TEST(NodeWords, NameANodeWithoutBytesThatATerminalObeys) {
       "B\xc3\xa4"
       "d\t\x07");
   EXPECT_EQ(nameOf(node),
-            "B\\xc3\\xa4"
+            "B\xc3\xa4"
             "d\\t\\x07");
 }
 

@@ -1,9 +1,15 @@
 #include "apps/vso/node/meshMap.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <list>
@@ -38,7 +44,7 @@ constexpr const char* NOBODY = "0000000000000c01";
 
 const std::string HEAD =
     "graph mesh {\n"
-    "  layout=neato; overlap=scale; splines=true; outputorder=edgesfirst; bgcolor=white;\n"
+    "  layout=neato; splines=true; overlap=scale; outputorder=edgesfirst; bgcolor=white;\n"
     "  node [shape=box, style=\"rounded,filled\", fontname=\"sans-serif\", fontsize=11];\n"
     "  edge [fontname=\"sans-serif\", fontsize=9];\n";
 
@@ -123,20 +129,43 @@ TEST(MeshMap, LetsNoNameOutOfItsQuotes) {
       {R"(\")", R"(\\\")"},
       {R"(a\nb)", R"(a\\nb)"},
       {R"("]; evil [label=")", R"(\"]; evil [label=\")"},
-      {"<b>&amp;", "<b>&amp;"},
+      {"<b>&lt;&#7;", "<b>&amp;lt;&amp;#7;"},
       {"two\nlines", R"(two\\nlines)"},
       {"return\rtab\t", R"(return\\rtab\\t)"},
       {"\x1b[2J", R"(\\x1b[2J)"},
       {std::string("\0end", 4), R"(\\x00end)"},
       {"K\xc3\xbc"
        "che",
-       R"(K\\xc3\\xbcche)"},
+       "K\xc3\xbc"
+       "che"},
       {"\xff", R"(\\xff)"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(graphOfNode(nodeOf(LAMP, 0x0A01, row.name)),
               HEAD + "  \"0000000000000a01\" [label=\"" + row.label + "\\n0x0a01\", fillcolor=\"#b9dfb4\"];\n}\n");
   }
+}
+
+TEST(MeshMap, TakesASwifterLayoutForMoreDevicesAndLinks) {
+  const auto layoutOf = [](unsigned int devices, unsigned int links) {
+    Mesh::Nodes nodes;
+    Mesh::Zaps zaps;
+    add(zaps, zapOf(CELLAR, 0x0000, true));
+    for (unsigned int i = 1; i < devices; ++i) {
+      char euid[17];
+      std::snprintf(euid, sizeof euid, "%016x", 0x10000 + i);
+      add(nodes, i <= links ? nodeOf(euid, 1, "lamp", {hopTo(CELLAR, 200)}) : nodeOf(euid, 1, "lamp"));
+    }
+    Mesh mesh(nodes, zaps);
+    const std::string graph = graphOf(mesh);
+    EXPECT_EQ(linesWith(graph, " -- ").size(), links);
+    const std::size_t at = graph.find("layout=");
+    return graph.substr(at, graph.find(" overlap") - at);
+  };
+  EXPECT_EQ(layoutOf(251, 250), "layout=neato; splines=true;");
+  EXPECT_EQ(layoutOf(252, 251), "layout=neato; splines=line;");
+  EXPECT_EQ(layoutOf(1000, 0), "layout=neato; splines=true;");
+  EXPECT_EQ(layoutOf(1001, 251), "layout=sfdp; splines=line;");
 }
 
 TEST(MeshMap, CallsANodeWithoutALabelByItsProductOrItsAddress) {
@@ -262,7 +291,7 @@ void putDot(const TemporaryDirectory& folder, const std::string& script) {
 
 std::string smallGraph() {
   Mesh::Nodes nodes;
-  add(nodes, nodeOf(LAMP, 0x0A01, "\"<lamp>\" & \\co \n", {hopTo(DOOR, 210)}));
+  add(nodes, nodeOf(LAMP, 0x0A01, "\"<lamp>\" & &lt;&#7; \\co \n", {hopTo(DOOR, 210)}));
   Mesh mesh(nodes);
   return graphOf(mesh);
 }
@@ -333,6 +362,67 @@ TEST(MeshMapDrawing, KeepsTheGraphThatGraphvizFailsAt) {
   }
 }
 
+TEST(MeshMapDrawing, KeepsTheGraphWhereGraphvizDoesNotStart) {
+  const TemporaryDirectory folder;
+  const TemporaryDirectory programs;
+  const SearchPath path(programs.path());
+  programs.file("dot", "no program");
+  EXPECT_EQ(keptGraph(troubleOf("graph {}\n", folder.path("map.svg")),
+                      "Graphviz cannot be started: dot: Permission denied; the graph is in "),
+            "graph {}\n");
+}
+
+TEST(MeshMapDrawing, EndsAGraphvizThatTakesTooLong) {
+  const TemporaryDirectory folder;
+  const TemporaryDirectory programs;
+  putDot(programs, "exec sleep 3600\n");
+  const SearchPath path(programs.path() + ":/usr/bin:/bin");
+  const auto start = std::chrono::steady_clock::now();
+  std::string trouble;
+  try {
+    drawGraph("graph {}\n", folder.path("map.svg"), std::chrono::seconds(1));
+  } catch (const std::runtime_error& error) {
+    trouble = error.what();
+  }
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+  EXPECT_EQ(keptGraph(trouble, "Graphviz took longer than 1 s; the graph is in "), "graph {}\n");
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+}
+
+TEST(MeshMapDrawing, LetsGraphvizReadNothingOfOurs) {
+  const TemporaryDirectory folder;
+  const TemporaryDirectory programs;
+  const SearchPath path(programs.path());
+  putDot(programs, "while read -r line; do echo \"$line\"; done > \"${2#-o}\"\n");
+  const std::string input = folder.file("input", "ours\n");
+  const int before = ::dup(STDIN_FILENO);
+  const int file = ::open(input.c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_GE(::dup2(file, STDIN_FILENO), 0);
+  const std::string trouble = troubleOf("graph {}\n", folder.path("map.svg"));
+  EXPECT_EQ(::lseek(STDIN_FILENO, 0, SEEK_CUR), 0);
+  ::dup2(before, STDIN_FILENO);
+  ::close(before);
+  ::close(file);
+  EXPECT_EQ(trouble, "");
+  EXPECT_EQ(contentOf(folder.path("map.svg")), "");
+}
+
+// As a process begins whose parent does not want to know of its children.
+TEST(MeshMapDrawing, LearnsHowGraphvizEndedWhereChildrenAreIgnored) {
+  const TemporaryDirectory folder;
+  const TemporaryDirectory programs;
+  const SearchPath path(programs.path());
+  const auto before = std::signal(SIGCHLD, SIG_IGN);
+  putDot(programs, "exit 0\n");
+  const std::string good = troubleOf("graph {}\n", folder.path("map.svg"));
+  std::signal(SIGCHLD, SIG_IGN);
+  putDot(programs, "exit 1\n");
+  const std::string bad = troubleOf("graph {}\n", folder.path("map.svg"));
+  std::signal(SIGCHLD, before);
+  EXPECT_EQ(good, "");
+  EXPECT_THAT(bad, HasSubstr("could not draw"));
+}
+
 TEST(MeshMapDrawing, TakesNoOtherFilesPlace) {
   const TemporaryDirectory folder;
   const TemporaryDirectory programs;
@@ -374,7 +464,43 @@ TEST_F(MeshMapPicture, IsAnSvgThatSaysTheNames) {
     if (reader.nodeType() == 3 && element == "text") texts.push_back(reader.value());
   }
   EXPECT_EQ(reader.state(), 3);
-  EXPECT_THAT(texts, testing::UnorderedElementsAre("\"<lamp>\" & \\co \\n", "0x0a01", "0000000000000a02", "210"));
+  EXPECT_THAT(texts,
+              testing::UnorderedElementsAre("\"<lamp>\" & &lt;&#7; \\co \\n", "0x0a01", "0000000000000a02", "210"));
+}
+
+TEST_F(MeshMapPicture, IsAnSvgWhateverTheNamesAre) {
+  Mesh::Nodes nodes;
+  add(nodes, nodeOf(LAMP, 0x0A01,
+                    "\xff\xc3 \xc0\x80 \xed\xa0\x80 \xef\xbf\xbf \xc2\x85 \xe2\x80\xae K\xc3\xbc"
+                    "che \xf0\x9f\x92\xa1"));
+  Mesh mesh(nodes);
+  ASSERT_EQ(troubleOf(graphOf(mesh), folder_.path("map.svg")), "");
+  const std::string svg = contentOf(folder_.path("map.svg"));
+  XmlReader reader(withoutDocumentType(svg));
+  while (reader.read()) {
+  }
+  EXPECT_EQ(reader.state(), 3);
+  EXPECT_THAT(svg, HasSubstr(R"(\xff\xc3 \xc0\x80 \xed\xa0\x80 \xef\xbf\xbf \xc2\x85 \xe2\x80\xae K)"
+                             "\xc3\xbc"
+                             "che \xf0\x9f\x92\xa1"));
+}
+
+TEST_F(MeshMapPicture, IsDrawnOfALargeMesh) {
+  constexpr unsigned int SIZE = 400;
+  const auto euidAt = [](unsigned int i) {
+    char euid[17];
+    std::snprintf(euid, sizeof euid, "%016x", 0x10000 + i % SIZE);
+    return std::string(euid);
+  };
+  Mesh::Nodes nodes;
+  for (unsigned int i = 0; i < SIZE; ++i) {
+    std::list<Hop> hops;
+    for (const unsigned int step : {1, 2, 19, 20, 21}) hops.push_back(hopTo(euidAt(i + step), 200));
+    add(nodes, nodeOf(euidAt(i), 1, "lamp", hops));
+  }
+  Mesh mesh(nodes);
+  ASSERT_EQ(troubleOf(graphOf(mesh), folder_.path("map.svg")), "");
+  EXPECT_THAT(contentOf(folder_.path("map.svg")), HasSubstr("</svg>"));
 }
 
 TEST_F(MeshMapPicture, IsAPngOrAPdfByItsEnding) {

@@ -181,12 +181,16 @@ TEST(ReplayCommand, RefusesAPipe) {
   const TemporaryDirectory folder;
   const std::string pipe = folder.path("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const std::string complaint = "vso: " + pipe + ": a pipe or a terminal cannot be read twice, as a recording is\n";
+  const Outcome alone = replay({pipe});
+  EXPECT_EQ(alone.status, 1);
+  EXPECT_EQ(alone.err, complaint) << "nobody writes";
   const int writer = ::open(pipe.c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_GE(writer, 0);
   const Outcome outcome = replay({pipe});
   ::close(writer);
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "vso: " + pipe + ": a pipe or a terminal cannot be read twice, as a recording is\n");
+  EXPECT_EQ(outcome.err, complaint);
 }
 
 TEST(ReplayCommand, ReplaysAFileThatIsStandardInput) {
@@ -246,6 +250,28 @@ TEST(ReplayCommand, GoesOnFromTheStateThatTheLastOneKept) {
   EXPECT_THAT(endsOf(after.out),
               ElementsAre("online  5/day green  0/h green         0/h green",
                           "1 nodes, 0 access points; 1 frames, of which 0 broken and 0 from strangers"));
+}
+
+TEST(ReplayCommand, LooksAtSilenceFromTheNewestContactOnBesideAnOlderRecording) {
+  const TemporaryDirectory folder;
+  const std::string state = folder.path("state");
+  // The lamp has been silent for three hours when the other one is heard.
+  const std::string other =
+      std::to_string(1000000000 + 3 * 3600) + " 0017880100a00011 2 0xc25f 1 18 05 0a 00 00 20 02\n";
+  const std::string day = folder.file("day", boot(0, 1) + other);
+  const std::string before = folder.file("before", boot(-86400, 1));
+  EXPECT_THAT(lineWith(replay({"--state", state, "--as-recorded", day}).out, "0x1c02"), HasSubstr(" silent "));
+  const Outcome outcome = replay({"--state", state, "--as-recorded", before});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(lineWith(outcome.out, "0x1c02"), HasSubstr(" silent "));
+  EXPECT_THAT(lineWith(outcome.out, "0x0002"), HasSubstr(" online "));
+}
+
+TEST(ReplayCommand, RefusesAStateWithoutAPath) {
+  const Outcome outcome = replay({"--state", "", MESH_DAY});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err, "vso: --state: an empty path\nTry 'vso replay --help'.\n");
 }
 
 TEST(ReplayCommand, KeepsTheDayWithItsAccessPoints) {
