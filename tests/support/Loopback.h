@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -19,6 +17,8 @@
 #include <string_view>
 #include <thread>
 #include <vector>
+
+#include "support/SocketAddress.h"
 
 namespace qx::test {
 
@@ -86,25 +86,13 @@ class LoopbackPeer {
   /// Connects to `port`. `receiveBuffer` is the size of the socket's, in bytes. `isConnected` tells whether it worked.
   explicit LoopbackPeer(std::uint16_t port, const std::string& address = "127.0.0.1",
                         int receiveBuffer = SYSTEMS_BUFFER) {
-    sockaddr_storage place{};
-    socklen_t size = 0;
-    if (auto* const v4 = reinterpret_cast<sockaddr_in*>(&place);
-        ::inet_pton(AF_INET, address.c_str(), &v4->sin_addr) == 1) {
-      v4->sin_family = AF_INET;
-      v4->sin_port = htons(port);
-      size = sizeof *v4;
-    } else {
-      auto* const v6 = reinterpret_cast<sockaddr_in6*>(&place);
-      if (::inet_pton(AF_INET6, address.c_str(), &v6->sin6_addr) != 1) return;
-      v6->sin6_family = AF_INET6;
-      v6->sin6_port = htons(port);
-      size = sizeof *v6;
-    }
-    socket_ = ::socket(place.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const SocketAddress place(address, port);
+    if (!place.isValid()) return;
+    socket_ = ::socket(place.family(), SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (receiveBuffer != SYSTEMS_BUFFER) {
       ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
     }
-    if (::connect(socket_, reinterpret_cast<const sockaddr*>(&place), size) != 0) close();
+    if (::connect(socket_, place.get(), place.size()) != 0) close();
   }
   ~LoopbackPeer() { close(); }
 

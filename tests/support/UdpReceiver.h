@@ -1,7 +1,6 @@
 // A UDP socket on the loopback, for tests that look at datagrams.
 #pragma once
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -14,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "support/SocketAddress.h"
+
 namespace qx::test {
 
 class UdpReceiver {
@@ -22,29 +23,19 @@ class UdpReceiver {
 
   /// `address` is numeric, of either family. `isOpen` tells whether this machine has it and the port was free.
   explicit UdpReceiver(const std::string& address = "127.0.0.1", std::uint16_t port = ANY_PORT) : address_(address) {
-    sockaddr_storage place{};
-    socklen_t size = 0;
-    if (auto* const v4 = reinterpret_cast<sockaddr_in*>(&place);
-        ::inet_pton(AF_INET, address.c_str(), &v4->sin_addr) == 1) {
-      v4->sin_family = AF_INET;
-      v4->sin_port = htons(port);
-      size = sizeof *v4;
-    } else {
-      auto* const v6 = reinterpret_cast<sockaddr_in6*>(&place);
-      if (::inet_pton(AF_INET6, address.c_str(), &v6->sin6_addr) != 1) return;
-      v6->sin6_family = AF_INET6;
-      v6->sin6_port = htons(port);
-      size = sizeof *v6;
-    }
-    socket_ = ::socket(place.ss_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const SocketAddress place(address, port);
+    if (!place.isValid()) return;
+    socket_ = ::socket(place.family(), SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (socket_ < 0) return;
-    if (::bind(socket_, reinterpret_cast<const sockaddr*>(&place), size) != 0) {
+    if (::bind(socket_, place.get(), place.size()) != 0) {
       close();
       return;
     }
-    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&place), &size);
+    sockaddr_storage bound{};
+    socklen_t size = sizeof bound;
+    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&bound), &size);
     // The port stands at the same place in both families' addresses.
-    port_ = ntohs(reinterpret_cast<const sockaddr_in*>(&place)->sin_port);
+    port_ = ntohs(reinterpret_cast<const sockaddr_in*>(&bound)->sin_port);
   }
 
   UdpReceiver(const UdpReceiver&) = delete;

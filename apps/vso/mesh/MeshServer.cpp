@@ -1,5 +1,6 @@
 #include "apps/vso/mesh/MeshServer.h"
 
+#include <algorithm>
 #include <boost/date_time/c_local_time_adjustor.hpp>
 #include <boost/date_time/posix_time/conversion.hpp>
 #include <list>
@@ -12,6 +13,7 @@
 #include "vso/node/MessageFailHistogram.h"
 #include "vso/node/RebootHistogram.h"
 #include "vso/proto/EventHistogramPBuf.pb.h"
+#include "vso/proto/ZigbeeNodeDeviceTypePEnum.pb.h"
 #include "vso/serial/vsoProtobufHelpers.h"
 #include "vso/zcl/QxZclAnnounce.h"
 #include "vso/zcl/QxZclDiagnostics.h"
@@ -37,6 +39,8 @@ constexpr unsigned int NETWORK_STATUS_SIZE = 3;
 
 /// If a device's own count of its reboots has moved by more than this, it was replaced or reset, which is one reboot.
 constexpr unsigned short MOST_MISSED_REBOOTS = 16;
+/// An announcement that is overtaken by the next one arrives within this time, in seconds.
+constexpr int LATE = 60;
 
 constexpr unsigned short unsignedId(short id) { return static_cast<unsigned short>(id); }
 
@@ -73,11 +77,32 @@ ZigbeeNode newNode(const Euid& euid, std::time_t time) {
   return node;
 }
 
-/// How often a device rebooted between two announcements.
-unsigned short rebootsBetween(unsigned short before, unsigned short now) {
-  const auto difference = static_cast<unsigned short>(now - before);
-  return difference <= MOST_MISSED_REBOOTS ? difference : 1;
+/// The time of an event that a frame of `time` tells of. Histograms go forward alone: an event before the last one
+/// would clear what lies between.
+template <typename Histogram>
+BPosixTime eventTime(const Histogram& histogram, std::time_t time) {
+  return std::max(localTimeOf(time), histogram.lastEvent());
 }
+
+/// Counts how often the device rebooted since it told its count before. A count of 0 has not been told.
+void countReboots(ZigbeeNode& node, unsigned short count, std::time_t time) {
+  const unsigned short before = node.bootCount();
+  const auto further = static_cast<unsigned short>(count - before);
+  const auto behind = static_cast<unsigned short>(before - count);
+  const BPosixTime now = eventTime(node.rebootsHistogram(), time);
+  const bool isLate = behind > 0 && behind <= MOST_MISSED_REBOOTS &&
+                      now - node.rebootsHistogram().lastEvent() < boost::posix_time::seconds(LATE);
+  if (before != 0 && isLate) return;
+  node.bootCount(count);
+  if (before == 0) return;
+  for (int left = further <= MOST_MISSED_REBOOTS ? further : 1; left > 0; --left) node.addRebootEvent(now);
+}
+
+bool isCoordinator(const QxZclAnnounce& announce) {
+  return announce.hasDeviceType() && announce.deviceType() == qx::pb::QX_COORDINATOR;
+}
+
+bool isSomebodys(unsigned short address) { return address < MeshServer::FIRST_BROADCAST; }
 
 }  // namespace
 
@@ -121,19 +146,20 @@ MeshServer::Outcome MeshServer::sorted(const RecordedFrame& frame) {
 MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
   const QxZclAnnounce announce(frame.bytes);
   auto found = nodes_.find(frame.source);
-  const bool isNew = found == nodes_.end();
-  if (isNew) found = nodes_.emplace(frame.source, newNode(frame.source, frame.time)).first;
+  if (found == nodes_.end()) {
+    const bool isKnownZap = zaps_.count(frame.source) != 0;
+    if (isKnownZap || frame.shortAddress == COORDINATOR ||
+        (isCoordinator(announce) && isSomebodys(frame.shortAddress))) {
+      zapOf(frame);
+      return Outcome::TAKEN;
+    }
+    if (isCoordinator(announce)) return Outcome::STRANGER;
+    if (nodes_.size() >= MOST_NODES) return Outcome::STRANGER;
+    found = nodes_.emplace(frame.source, newNode(frame.source, frame.time)).first;
+  }
   ZigbeeNode& node = found->second;
   heard(node, frame);
-  if (announce.hasBootCount()) {
-    const unsigned short count = announce.bootCount();
-    if (!isNew) {
-      for (auto left = rebootsBetween(node.bootCount(), count); left > 0; --left) {
-        node.addRebootEvent(localTimeOf(frame.time));
-      }
-    }
-    node.bootCount(count);
-  }
+  if (announce.hasBootCount()) countReboots(node, announce.bootCount(), frame.time);
   if (announce.hasProductString()) node.product(announce.productString());
   if (announce.hasFirmwareVersion()) node.fwVer(announce.firmwareVersion());
   if (announce.hasReflashVersion()) node.reflashProfile(announce.reflashVersion());
@@ -160,10 +186,11 @@ MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
   if (announce.hasApTable()) {
     std::list<AccessPoint> table;
     announce.apRouteTable(table);
+    forgetZaps(node);
     node.setApTable(table);
+    nameZaps(node);
   }
   node.updateSignalStrength();
-  know(node);
   return Outcome::TAKEN;
 }
 
@@ -237,12 +264,12 @@ MeshServer::Outcome MeshServer::routeFailed(const RecordedFrame& frame) {
     const auto found = byShortAddress_.find(in.u16le());
     ZigbeeNode* const target = found == byShortAddress_.end() ? nullptr : node(found->second);
     if (target != nullptr) {
-      target->addSourceRouteFailure(localTimeOf(frame.time));
+      target->addSourceRouteFailure(eventTime(target->sourceRouteFailuresHistogram(), frame.time));
       return Outcome::TAKEN;
     }
   }
   if (status == MANY_TO_ONE_ROUTE_FAILURE && source != nullptr) {
-    source->addManyToOneRouteFailure(localTimeOf(frame.time));
+    source->addManyToOneRouteFailure(eventTime(source->manyToOneRouteFailuresHistogram(), frame.time));
     return Outcome::TAKEN;
   }
   return source != nullptr || isZap(frame) ? Outcome::HEARD : Outcome::STRANGER;
@@ -250,42 +277,68 @@ MeshServer::Outcome MeshServer::routeFailed(const RecordedFrame& frame) {
 
 bool MeshServer::isZap(const RecordedFrame& frame) const {
   return zaps_.count(frame.source) != 0 || frame.shortAddress == COORDINATOR ||
-         zapAddresses_.count(frame.shortAddress) != 0;
+         zapNamings_.count(frame.shortAddress) != 0;
 }
 
 /// The record of the access point that a frame comes from, a new one if need be.
 Zap& MeshServer::zapOf(const RecordedFrame& frame) {
   auto found = zaps_.find(frame.source);
-  if (found == zaps_.end()) {
+  const bool isNew = found == zaps_.end();
+  if (isNew) {
     const bool isCoordinator = frame.shortAddress == COORDINATOR;
     // Of a frame's source nothing more is known.
     found =
         zaps_.emplace(frame.source, Zap(0, 0, isCoordinator, frame.source, PanId(), 0, 0, -1, 0, isCoordinator, 0, 0))
             .first;
   }
-  found->second.sid(frame.shortAddress);
-  return found->second;
+  Zap& zap = found->second;
+  if (isSomebodys(frame.shortAddress) && (isNew || zap.sid() != frame.shortAddress)) {
+    const auto former = std::find_if(zaps_.begin(), zaps_.end(), [&](const Zaps::value_type& other) {
+      return other.first != frame.source && other.second.sid() == frame.shortAddress;
+    });
+    if (former != zaps_.end()) {
+      pages_.erase(former->first);
+      zaps_.erase(former);
+    }
+    zap.sid(frame.shortAddress);
+  }
+  return zap;
 }
 
 void MeshServer::heard(ZigbeeNode& node, const RecordedFrame& frame) {
-  if (node.sid() != frame.shortAddress) {
-    const auto former = byShortAddress_.find(node.sid());
-    // Another node may have it by now.
-    if (former != byShortAddress_.end() && former->second == frame.source) byShortAddress_.erase(former);
-    node.sid(frame.shortAddress);
-  }
-  byShortAddress_[frame.shortAddress] = frame.source;
-  node.lastContact(frame.time);
+  if (isSomebodys(frame.shortAddress)) settle(node, frame.shortAddress);
+  node.lastContact(std::max(frame.time, node.lastContact()));
   node.online(true);
   node.awake(true);
 }
 
-/// Learns from a node's record how it is found, and who is an access point.
-void MeshServer::know(const ZigbeeNode& node) {
-  byShortAddress_[node.sid()] = node.lid();
+/// Makes the node the owner of an address.
+void MeshServer::settle(ZigbeeNode& node, unsigned short address) {
+  const auto [owner, isNew] = byShortAddress_.emplace(address, node.lid());
+  if (!isNew && owner->second == node.lid()) return;
+  if (!isNew) {
+    nodes_.at(owner->second).sid(UNKNOWN_ADDRESS);
+    owner->second = node.lid();
+  }
+  if (node.sid() != address) byShortAddress_.erase(node.sid());
+  node.sid(address);
+}
+
+void MeshServer::nameZaps(const ZigbeeNode& node) {
   std::list<AccessPoint> table;
   node.getApTable(table);
-  for (const AccessPoint& zap : table) zapAddresses_.insert(zap.destination_);
+  for (const AccessPoint& zap : table) {
+    if (isSomebodys(zap.destination_)) ++zapNamings_[zap.destination_];
+  }
+}
+
+void MeshServer::forgetZaps(const ZigbeeNode& node) {
+  std::list<AccessPoint> table;
+  node.getApTable(table);
+  for (const AccessPoint& zap : table) {
+    const auto naming = zapNamings_.find(zap.destination_);
+    if (naming != zapNamings_.end() && --naming->second == 0) zapNamings_.erase(naming);
+  }
 }
 
 ZigbeeNode* MeshServer::node(const Euid& euid) {
@@ -298,16 +351,28 @@ void MeshServer::restore(Nodes nodes, Zaps zaps) {
   zaps_ = std::move(zaps);
   pages_.clear();
   byShortAddress_.clear();
-  zapAddresses_.clear();
-  for (const auto& [euid, node] : nodes_) know(node);
+  zapNamings_.clear();
+  for (auto& [euid, node] : nodes_) {
+    nameZaps(node);
+    const unsigned short address = node.sid();
+    const auto owner = byShortAddress_.find(address);
+    if (!isSomebodys(address) ||
+        (owner != byShortAddress_.end() && nodes_.at(owner->second).lastContact() > node.lastContact())) {
+      node.sid(UNKNOWN_ADDRESS);
+    } else {
+      settle(node, address);
+    }
+  }
 }
 
 void MeshServer::look(std::time_t now) {
-  for (auto& [euid, node] : nodes_) {
-    const std::time_t silence = now - node.lastContact();
-    node.awake(!node.isEmberSleepy() || silence < NAP);
-    node.online(silence < (node.isEmberSleepy() ? SLEEPERS_SILENCE : SILENCE));
-  }
+  for (auto& [euid, node] : nodes_) look(node, now);
+}
+
+void MeshServer::look(ZigbeeNode& node, std::time_t now) {
+  const std::time_t silence = now - node.lastContact();
+  node.awake(!node.isEmberSleepy() || silence < NAP);
+  node.online(silence < (node.isEmberSleepy() ? SLEEPERS_SILENCE : SILENCE));
 }
 
 NetworkHealth MeshServer::health(const Euid& euid) {

@@ -5,10 +5,7 @@
 #include <cstddef>
 #include <ctime>
 #include <map>
-#include <set>
-#include <string>
 #include <unordered_map>
-#include <vector>
 
 #include "apps/vso/mesh/RecordedFrame.h"
 #include "apps/vso/mesh/TablePages.h"
@@ -25,7 +22,13 @@ namespace qx::app {
 /// frame is what a server process would do with it; it sends nothing. For one thread.
 ///
 /// A device is a node from its first announcement on. An access point is known by the nodes: it is the source of a
-/// short address that their tables of access points name, or 0, the coordinator's.
+/// short address that their tables of access points name, or 0, the coordinator's; or it announces itself as a
+/// coordinator. A node stays one, whatever others say.
+///
+/// A short address has one owner, who spoke from it last. A node that lost its own has UNKNOWN_ADDRESS until it speaks
+/// again; an access point that lost its own is gone.
+///
+/// Frames may come late. What one tells of counts as of its time, but no earlier than what was counted last.
 class MeshServer {
  public:
   using Nodes = std::map<Euid, ZigbeeNode>;
@@ -36,7 +39,7 @@ class MeshServer {
     TAKEN,    ///< It changed a record, or was sent on.
     HEARD,    ///< It says nothing that is kept, but that its node is there.
     BROKEN,   ///< It is not whole; nothing was changed.
-    STRANGER  ///< Nobody knows its source, and it is no announcement; nothing was changed.
+    STRANGER  ///< Nobody knows its source, and it is no announcement, or there are MOST_NODES; nothing was changed.
   };
   struct Counts {
     std::size_t taken = 0;
@@ -51,6 +54,12 @@ class MeshServer {
   static constexpr std::time_t SILENCE = 3 * 3600;
   static constexpr std::time_t SLEEPERS_SILENCE = 24 * 3600;
   static constexpr std::time_t NAP = 60;
+
+  /// Of a node whose short address is not known. This address and those from FIRST_BROADCAST on are nobody's.
+  static constexpr unsigned short UNKNOWN_ADDRESS = 0xFFFF;
+  static constexpr unsigned short FIRST_BROADCAST = 0xFFF8;
+  /// As many as there are short addresses.
+  static constexpr std::size_t MOST_NODES = FIRST_BROADCAST;
 
   /// An empty mesh. `start` is when the server begins to count, seconds since 1970.
   explicit MeshServer(std::time_t start) { ZigbeeNode::vessoriStartTime(start); }
@@ -73,6 +82,8 @@ class MeshServer {
 
   /// Says of each node whether it is reachable and awake at `now`.
   void look(std::time_t now);
+  /// The same of one node.
+  static void look(ZigbeeNode& node, std::time_t now);
   /// A new report of one node, or of all nodes. Empty if there is no such node.
   NetworkHealth health(const Euid& euid);
   NetworkHealth health();
@@ -91,7 +102,9 @@ class MeshServer {
   bool isZap(const RecordedFrame& frame) const;
   Zap& zapOf(const RecordedFrame& frame);
   void heard(ZigbeeNode& node, const RecordedFrame& frame);
-  void know(const ZigbeeNode& node);
+  void settle(ZigbeeNode& node, unsigned short address);
+  void nameZaps(const ZigbeeNode& node);
+  void forgetZaps(const ZigbeeNode& node);
 
   boost::asio::io_context context_;
   Nodes nodes_;
@@ -99,9 +112,9 @@ class MeshServer {
   Counts counts_;
   /// Tables of which some pages are still to come.
   std::map<Euid, Pages> pages_;
-  /// By short address: who is there, and who is an access point by what the nodes say.
+  /// By short address: which node is there, and how many rows of the nodes' tables name it an access point.
   std::unordered_map<unsigned short, Euid> byShortAddress_;
-  std::set<unsigned short> zapAddresses_;
+  std::unordered_map<unsigned short, std::size_t> zapNamings_;
 };
 
 /// "taken", "heard", "broken", "stranger".

@@ -1,5 +1,6 @@
 #include "apps/vso/mesh/MeshState.h"
 
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <utility>
@@ -14,6 +15,7 @@ MeshState::MeshState(const std::string& folder, MeshServer& mesh) : folder_(fold
   try {
     SavedMesh saved = meshOfBytes(*bytes);
     mesh_.restore(std::move(saved.nodes), std::move(saved.zaps));
+    saved_ = std::hash<std::string>()(*bytes);
   } catch (const BadMesh& error) {
     const std::string aside = folder_.setAside(FILE_NAME);
     std::cerr << "vso: " << file() << ": " << error.what() << "; it is kept as " << aside
@@ -21,6 +23,16 @@ MeshState::MeshState(const std::string& folder, MeshServer& mesh) : folder_(fold
   }
 }
 
-void MeshState::save() const { folder_.save(FILE_NAME, bytesOfMesh(mesh_.nodes(), mesh_.zaps())); }
+void MeshState::save() { save(bytesOfMesh(mesh_.nodes(), mesh_.zaps())); }
+
+void MeshState::saveChanges() {
+  const std::string bytes = bytesOfMesh(mesh_.nodes(), mesh_.zaps());
+  if (saved_ != std::hash<std::string>()(bytes)) save(bytes);
+}
+
+void MeshState::save(const std::string& bytes) {
+  folder_.save(FILE_NAME, bytes);
+  saved_ = std::hash<std::string>()(bytes);
+}
 
 }  // namespace qx::app

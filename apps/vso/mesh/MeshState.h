@@ -1,6 +1,8 @@
 // A mesh that outlives its server.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "apps/vso/mesh/MeshServer.h"
@@ -18,12 +20,18 @@ class MeshState {
   MeshState(const std::string& folder, MeshServer& mesh);
 
   /// Fails as StateDirectory does, whose file then holds what it held.
-  void save() const;
+  void save();
+  /// The same, unless the mesh is as it was when it was restored or saved last: flash memory wears.
+  void saveChanges();
   std::string file() const { return folder_.fileOf(FILE_NAME); }
 
  private:
+  void save(const std::string& bytes);
+
   StateDirectory folder_;
   MeshServer& mesh_;
+  /// A checksum of what was restored or saved last.
+  std::optional<std::size_t> saved_;
 };
 
 }  // namespace qx::app

@@ -22,6 +22,9 @@ namespace {
 
 constexpr const char* LINE_END = "\r\n";
 
+/// How far another clock may be ahead of this one, in seconds.
+constexpr std::time_t AHEAD = 60;
+
 std::string ok(const std::string& text = {}) { return (text.empty() ? "ok" : "ok " + text) + LINE_END; }
 
 std::string error(const std::string& reason) { return "error " + reason + LINE_END; }
@@ -145,6 +148,8 @@ std::string LineCommands::frame(const Words& words) {
   for (const std::string& word : words) line += word + ' ';
   const std::optional<RecordedFrame> frame = parseRecordedFrame(line);
   if (!frame) return error("an empty line");
+  // Its node would count as heard for as long, and nothing of before would.
+  if (frame->time > std::time(nullptr) + AHEAD) return error("time: " + std::to_string(frame->time) + " is to come");
   return ok(nameOf(mesh_.take(*frame)));
 }
 
@@ -159,8 +164,9 @@ std::string LineCommands::nodes(const Words& /*words*/) {
 }
 
 std::string LineCommands::node(const Words& words) {
-  mesh_.look(std::time(nullptr));
-  return inForm(nodeOf(words[0]), words.size() > 1 ? words[1] : "json");
+  ZigbeeNode& node = nodeOf(words[0]);
+  MeshServer::look(node, std::time(nullptr));
+  return inForm(node, words.size() > 1 ? words[1] : "json");
 }
 
 std::string LineCommands::health(const Words& words) {
@@ -186,7 +192,13 @@ std::string LineCommands::reset(const Words& words) {
 std::string LineCommands::label(const Words& words) {
   std::string label = words[1];
   for (std::size_t i = 2; i < words.size(); ++i) label += ' ' + words[i];
-  nodeOf(words[0]).label(label);
+  ZigbeeNode& node = nodeOf(words[0]);
+  constexpr std::size_t LONGEST = 64;
+  if (label.size() > LONGEST) {
+    return error(quoted(label) + " has " + std::to_string(label.size()) + " bytes, and there is room for " +
+                 std::to_string(LONGEST));
+  }
+  node.label(label);
   return ok();
 }
 
@@ -195,6 +207,7 @@ std::string LineCommands::build(const Words& words) {
   const CommandRow& row = rowOf(words[1], words[2]);
   Arguments::Values values = valuesOf(row, words, 3);
   constexpr const char* DESTINATION = "destination";
+  if (values.count(DESTINATION) != 0) return error("--destination is the node's address, and not given");
   if (argumentOf(row, DESTINATION) != nullptr) values[DESTINATION] = {node.lid().toString()};
   return ok(lineOf(row.build(Arguments(row.arguments, values))));
 }

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <boost/asio/error.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -14,10 +15,12 @@
 #include <cstddef>
 #include <ctime>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "apps/vso/ExitStatus.h"
 #include "apps/vso/mesh/MeshServer.h"
@@ -38,7 +41,8 @@ constexpr const char* DELIMITER = "\r\n";
 
 constexpr const char* HELP = R"(Protocol:
   Lines that end with CR LF, each answered in turn by "ok", "ok TEXT", "error
-  TEXT", or "block N" and N lines more. Lines without a byte are passed over.
+  TEXT", or "block N" and N lines more. Lines without a byte are passed over. A
+  line above 64 KiB ends its connection.
 
 )";
 
@@ -111,6 +115,9 @@ class Clients : public QxnetClient {
     connection->asyncReadUntil(DELIMITER);
   }
 
+  /// Of the clients of a server that is gone nothing more is heard.
+  void forgetAll() { count_ = 0; }
+
  private:
   /// A server that has no descriptor left for a connection accepts no more, so it does not come to that.
   static std::size_t mostClients() {
@@ -125,6 +132,22 @@ class Clients : public QxnetClient {
   std::size_t count_ = 0;
 };
 
+/// Tells of an accept that failed, after which the library accepts no more.
+class Listener : public QxnetServer {
+ public:
+  Listener(boost::asio::io_context& context, const Place& place, QxnetClient& client, std::function<void()> hasFailed)
+      : QxnetServer(context, place.address, place.port, client), hasFailed_(std::move(hasFailed)) {}
+
+ protected:
+  void handleAccept(const BErrorCode& error) override {
+    QxnetServer::handleAccept(error);
+    if (error && error != boost::asio::error::operation_aborted) hasFailed_();
+  }
+
+ private:
+  std::function<void()> hasFailed_;
+};
+
 class Serving {
  public:
   explicit Serving(const Options& options)
@@ -134,20 +157,27 @@ class Serving {
         commands_(mesh_, [this] { state_.save(); }),
         clients_(commands_),
         place_(placeOf(options.listen)),
-        server_(boost::make_shared<QxnetServer>(mesh_.context(), place_.address, place_.port, clients_)),
+        server_(listenerAt(place_)),
         end_(mesh_.context(), SIGTERM, SIGINT, SIGHUP),
-        nextSave_(mesh_.context()) {}
+        nextSave_(mesh_.context()),
+        nextStart_(mesh_.context()) {}
 
   int run() {
     if (options_.metrics) {
+      Logger::setLevel(log4cplus::WARN_LOG_LEVEL);  // the gateway may not be found
       // The mesh's own, which lives longer than anything is sent.
       QxMetricsClient::instance().initializeDataLakeConnection(
           boost::shared_ptr<boost::asio::io_context>(&mesh_.context(), [](auto* /*context*/) {}));
     }
+    // The library would say of a place that is taken what is said here.
+    Logger::setLevel(log4cplus::FATAL_LOG_LEVEL);
     if (const BErrorCode error = server_->start()) {
       std::cerr << "vso: cannot listen at " << options_.listen << ": " << error.message() << "\n";
       return ExitStatus::TROUBLE;
     }
+    // What clients send is answered to them; the library's warnings of it would fill the log.
+    Logger::setLevel(log4cplus::ERROR_LOG_LEVEL);
+    place_.port = server_->endpoint().port();
     if (!place_.address.is_loopback()) {
       std::cerr << "vso: whoever reaches " << server_->endpoint() << " can change the mesh\n";
     }
@@ -156,6 +186,7 @@ class Serving {
     end_.async_wait([this](const BErrorCode& /*error*/, int /*signal*/) {
       server_->stop();
       nextSave_.cancel();
+      nextStart_.cancel();
     });
     saveLater();
     bool isWell = true;
@@ -166,21 +197,38 @@ class Serving {
       isWell = false;
     }
     QxMetricsClient::instance().stop();
-    return save() && isWell ? ExitStatus::DONE : ExitStatus::TROUBLE;
+    return save(&MeshState::save) && isWell ? ExitStatus::DONE : ExitStatus::TROUBLE;
   }
 
  private:
+  boost::shared_ptr<QxnetServer> listenerAt(const Place& place) {
+    return boost::make_shared<Listener>(mesh_.context(), place, clients_, [this] { startLater(); });
+  }
+
+  /// Whatever an accept lacked may be there again in a moment. The clients have to come again too.
+  void startLater() {
+    nextStart_.expires_after(std::chrono::seconds(1));
+    nextStart_.async_wait([this](const BErrorCode& error) {
+      if (error) return;
+      server_->stop();
+      server_ = listenerAt(place_);
+      clients_.forgetAll();
+      if (server_->start()) startLater();
+    });
+  }
+
   void saveLater() {
     nextSave_.expires_after(std::chrono::seconds(options_.saveEvery));
     nextSave_.async_wait([this](const BErrorCode& error) {
       if (error) return;
-      save();
+      save(&MeshState::saveChanges);
       saveLater();
     });
   }
 
-  bool save() const try {
-    state_.save();
+  /// True if it went well.
+  bool save(void (MeshState::*how)()) try {
+    (state_.*how)();
     return true;
   } catch (const std::exception& error) {
     std::cerr << "vso: " << error.what() << "; the mesh is not saved\n";
@@ -196,10 +244,10 @@ class Serving {
   boost::shared_ptr<QxnetServer> server_;
   boost::asio::signal_set end_;
   boost::asio::steady_timer nextSave_;
+  boost::asio::steady_timer nextStart_;
 };
 
 int serve(const Options& options) {
-  // What clients send is answered to them; the library's warnings of it would fill the log.
   Logger::setLevel(log4cplus::ERROR_LOG_LEVEL);
   return Serving(options).run();
 }

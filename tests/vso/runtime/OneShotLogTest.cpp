@@ -36,15 +36,9 @@ constexpr int INFO = 20000;
 constexpr int WARN = 30000;
 constexpr int FATAL = 50000;
 
-/// One that is no other test's.
-class OwnLog : public OneShotLog {
- public:
-  OwnLog() = default;
-};
-
 TEST(OneShotLog, WritesOnceForAKey) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.log("k", INFO, "x");
   log.log("k", INFO, "x");
   EXPECT_THAT(capture.texts(), ElementsAre("x"));
@@ -52,7 +46,7 @@ TEST(OneShotLog, WritesOnceForAKey) {
 
 TEST(OneShotLog, WritesOnceWhateverElseIsToBeWritten) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.log("k", INFO, "x");
   log.log("k", FATAL, "y %d", 1);
   EXPECT_THAT(capture.texts(), ElementsAre("x"));
@@ -60,7 +54,7 @@ TEST(OneShotLog, WritesOnceWhateverElseIsToBeWritten) {
 
 TEST(OneShotLog, WritesOneTextForEachOfItsKeys) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   for (int i = 0; i < 2; ++i) {
     for (const char* key : {"first", "second", "third"}) log.log(key, INFO, "x");
   }
@@ -69,7 +63,7 @@ TEST(OneShotLog, WritesOneTextForEachOfItsKeys) {
 
 TEST(OneShotLog, WritesAgainAfterAResetOfTheKey) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.log("k", INFO, "x");
   log.reset("k");
   log.log("k", INFO, "y");
@@ -79,7 +73,7 @@ TEST(OneShotLog, WritesAgainAfterAResetOfTheKey) {
 
 TEST(OneShotLog, ForgetsThatKeyOnly) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   for (const char* key : {"a", "b", "c"}) log.log(key, INFO, "%s", key);
   log.reset("b");
   for (const char* key : {"a", "b", "c"}) log.log(key, INFO, "%s again", key);
@@ -88,7 +82,7 @@ TEST(OneShotLog, ForgetsThatKeyOnly) {
 
 TEST(OneShotLog, ResetsAnUnknownKey) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.reset("unknown");
   log.log("k", INFO, "x");
   log.reset("unknown");
@@ -100,7 +94,7 @@ TEST(OneShotLog, ResetsAnUnknownKey) {
 
 TEST(OneShotLog, ForgetsAllKeysWhenCleared) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.clear();
   for (int i = 0; i < 2; ++i) {
     for (const char* key : {"a", "b", "c"}) log.log(key, INFO, "%s%d", key, i);
@@ -124,7 +118,7 @@ TEST(OneShotLog, ComparesKeysByLengthAndBytes) {
                                       "\xC3\xA9",
                                       "\xC3"};
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   for (int round = 0; round < 2; ++round) {
     for (const std::string& key : keys) log.log(key, INFO, "x");
   }
@@ -136,7 +130,7 @@ TEST(OneShotLog, ComparesKeysByLengthAndBytes) {
 
 TEST(OneShotLog, KeepsItsOwnCopyOfAKey) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   std::string key = "k";
   log.log(key, INFO, "x");
   key = "l";
@@ -147,7 +141,7 @@ TEST(OneShotLog, KeepsItsOwnCopyOfAKey) {
 
 TEST(OneShotLog, LogsToTheRootLoggerAtTheLevelItIsTold) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   for (const int level : {TRACE, INFO, 20001, FATAL}) log.log(std::to_string(level), level, "x");
   std::vector<int> levels;
   for (const LogLine& line : capture.lines()) {
@@ -158,7 +152,7 @@ TEST(OneShotLog, LogsToTheRootLoggerAtTheLevelItIsTold) {
 }
 
 TEST(OneShotLog, RemembersAKeyWhoseLevelIsOff) {
-  OwnLog log;
+  OneShotLog log;
   {
     const LogCapture capture(WARN);
     log.log("k", INFO, "x");
@@ -174,7 +168,7 @@ TEST(OneShotLog, RemembersAKeyWhoseLevelIsOff) {
 
 TEST(OneShotLog, FillsInWhatStandsBehindTheFormat) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.log("k", WARN, "%s %d %#x %c %.2f %llu %%", "text", -7, 255U, 'c', 2.5, 18446744073709551615ULL);
   log.log("l", WARN, "%s%s%s%s%s%s%s%s", "1", "2", "3", "4", "5", "6", "7", "8");
   EXPECT_THAT(capture.texts(), ElementsAre("text -7 0xff c 2.50 18446744073709551615 %", "12345678"));
@@ -183,21 +177,21 @@ TEST(OneShotLog, FillsInWhatStandsBehindTheFormat) {
 TEST(OneShotLog, WritesALongTextWhole) {
   const std::string text(100'000, 'x');
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.log("k", INFO, "%s.%d", text.c_str(), 12);
   EXPECT_THAT(capture.texts(), ElementsAre(text + ".12"));
 }
 
 TEST(OneShotLog, WritesAnEmptyText) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log.log("k", INFO, "%s", "");
   EXPECT_THAT(capture.texts(), ElementsAre(""));
 }
 
 TEST(OneShotLog, RemembersAKeyWhoseTextCannotBeFormatted) {
   const wchar_t noCharacter[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
-  OwnLog log;
+  OneShotLog log;
   {
     const LogCapture capture;
     log.log("k", INFO, "no %ls", noCharacter);
@@ -225,15 +219,15 @@ TEST(OneShotLog, HasAVirtualDestructor) { EXPECT_TRUE(std::has_virtual_destructo
 TEST(OneShotLog, CannotBeMadeWithoutAMutex) {
   ControlledSystem system;
   system.noMutex = true;
-  EXPECT_THROW(OwnLog(), boost::thread_resource_error);
+  EXPECT_THROW(OneShotLog(), boost::thread_resource_error);
   system.noMutex = false;
-  EXPECT_NO_THROW(OwnLog());
+  EXPECT_NO_THROW(OneShotLog());
 }
 
 TEST(OneShotLog, WritesOnceForAKeyOfSeveralThreads) {
   constexpr int KEYS = 300;
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   onEachThread([&log](int) {
     for (int key = 0; key < KEYS; ++key) log.log(std::to_string(key), INFO, "text %d", key);
   });
@@ -245,7 +239,7 @@ TEST(OneShotLog, WritesOnceForAKeyOfSeveralThreads) {
 TEST(OneShotLog, IsResetAndClearedBesideThreadsThatLog) {
   constexpr int ROUNDS = 300;
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   onEachThread([&log](int thread) {
     for (int i = 0; i < ROUNDS; ++i) {
       if (thread == 0) {
@@ -281,7 +275,7 @@ class BusyAppender : public log4cplus::Appender {
 
 TEST(OneShotLog, KnowsTheKeyWhileItsMessageIsWritten) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   int written = 0;
   log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(new BusyAppender([&] {
     if (++written < 5) log.log("k", INFO, "within");
@@ -293,7 +287,7 @@ TEST(OneShotLog, KnowsTheKeyWhileItsMessageIsWritten) {
 
 TEST(OneShotLog, LetsTheWritingThreadIn) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(new BusyAppender([&] { log.reset("k"); })));
   log.log("k", INFO, "x");
   log.log("k", INFO, "y");
@@ -302,7 +296,7 @@ TEST(OneShotLog, LetsTheWritingThreadIn) {
 
 TEST(OneShotLog, KeepsOtherThreadsOutWhileAMessageIsWritten) {
   const LogCapture capture;
-  OwnLog log;
+  OneShotLog log;
   // None of these writes, so it is the key's lock alone that can hold them.
   const std::function<void()> operations[] = {[&] { log.log("k", INFO, "y"); }, [&] { log.reset("unknown"); },
                                               [&] { log.clear(); }};

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "qxshared/hexStr.h"
 #include "support/LogCapture.h"
 #include "tests/apps/vso/mesh/MeshFrames.h"
 #include "tests/vso/mesh/Records.h"
@@ -159,6 +160,72 @@ TEST_F(MeshServerTest, CountsRebootsByTheDevicesOwnCount) {
   }
 }
 
+TEST_F(MeshServerTest, CountsNoRebootsBeforeACountIsTold) {
+  take(announcementOfType(NOON, LAMP, 2));
+  take(announcement(NOON + 60, LAMP, 7));
+  EXPECT_EQ(node(LAMP).reboots(), 0);
+  EXPECT_EQ(node(LAMP).bootCount(), 7);
+  take(announcementOfType(NOON + 120, LAMP, 2));
+  take(announcement(NOON + 180, LAMP, 9));
+  EXPECT_EQ(node(LAMP).reboots(), 2);
+}
+
+TEST_F(MeshServerTest, PassesOverACountThatIsOvertaken) {
+  const struct {
+    std::time_t after;
+    unsigned int count;
+    int reboots;
+    unsigned int known;
+    const char* what;
+  } rows[] = {
+      {0, 4, 0, 5, "at once"},
+      {59, 4, 0, 5, "just in time"},
+      {60, 4, 1, 4, "too late for that: it was reset"},
+      {59, 65525, 0, 5, "as far behind as may be"},
+      {59, 65524, 1, 65524, "further behind"},
+  };
+  for (const auto& row : rows) {
+    MeshServer mesh(NOON);
+    mesh.take(announcement(NOON, LAMP, 5));
+    mesh.take(announcement(NOON + row.after, LAMP, row.count));
+    const ZigbeeNode& lamp = *mesh.node(LAMP.id());
+    EXPECT_EQ(lamp.reboots(), row.reboots) << row.what;
+    EXPECT_EQ(lamp.bootCount(), row.known) << row.what;
+  }
+  take(announcement(NOON, LAMP, 5));
+  for (const unsigned int count : {6, 5, 6, 5, 6, 7}) take(announcement(NOON + 1, LAMP, count));
+  EXPECT_EQ(node(LAMP).reboots(), 2);
+}
+
+TEST_F(MeshServerTest, TurnsNothingBackForALateFrame) {
+  constexpr unsigned int FAILURES = 40;
+  take(announcement(NOON, LAMP, 1));
+  take(announcement(NOON, SENSOR, 1));
+  for (unsigned int i = 0; i < FAILURES; ++i) {
+    take(networkStatus(NOON + 5 * HOUR, LAMP, 0x0C, 0));
+    take(networkStatus(NOON + 5 * HOUR, LAMP, 0x0B, SENSOR.address));
+  }
+  take(announcement(NOON + 3 * DAY, SENSOR, 2));
+  for (const std::time_t late : {NOON + HOUR, NOON - HOUR, std::time_t{0}}) {
+    EXPECT_EQ(take(networkStatus(late, LAMP, 0x0C, 0)), Outcome::TAKEN);
+    EXPECT_EQ(take(networkStatus(late, LAMP, 0x0B, SENSOR.address)), Outcome::TAKEN);
+    EXPECT_EQ(take(announcement(late, SENSOR, 30)), Outcome::TAKEN);
+  }
+  EXPECT_EQ(node(LAMP).lastContact(), NOON + 5 * HOUR);
+  EXPECT_EQ(node(SENSOR).lastContact(), NOON + 3 * DAY);
+  const BPosixTime later = localTimeOf(NOON + 6 * HOUR);
+  MessageFailHistogram inbound = node(LAMP).manyToOneRouteFailuresHistogram();
+  EXPECT_EQ(inbound.lastEvent(), localTimeOf(NOON + 5 * HOUR));
+  inbound.update(later);
+  EXPECT_EQ(inbound.totalEvents(), FAILURES + 3);
+  MessageFailHistogram outbound = node(SENSOR).sourceRouteFailuresHistogram();
+  EXPECT_EQ(outbound.lastEvent(), localTimeOf(NOON + 5 * HOUR));
+  outbound.update(later);
+  EXPECT_EQ(outbound.totalEvents(), FAILURES + 3);
+  EXPECT_EQ(node(SENSOR).rebootsHistogram().lastEvent(), localTimeOf(NOON + 3 * DAY));
+  EXPECT_EQ(node(SENSOR).reboots(), 2) << "one, and the device that was replaced";
+}
+
 TEST_F(MeshServerTest, TakesNothingFromATruncatedAnnouncement) {
   take(announcement(NOON, LAMP, 12));
   const auto before = messageOf(node(LAMP));
@@ -263,6 +330,79 @@ TEST_F(MeshServerTest, KnowsAccessPointsByTheTablesOfNodes) {
   EXPECT_EQ(neighboursOf(zap(ACCESS_POINT)), "21:33");
   EXPECT_EQ(zap(ACCESS_POINT).sid(), 0x7A99);
   EXPECT_THAT(mesh_.zaps(), SizeIs(1));
+}
+
+TEST_F(MeshServerTest, TakesWhoAnnouncesItselfAsACoordinatorForAnAccessPoint) {
+  const Device second{"0017880100a00003", 0x7B01};
+  EXPECT_EQ(take(announcementOfType(NOON, second, 1)), Outcome::TAKEN);
+  EXPECT_EQ(take(announcementOfType(NOON, COORDINATOR, 2)), Outcome::TAKEN) << "whatever it says";
+  EXPECT_THAT(mesh_.nodes(), IsEmpty());
+  EXPECT_EQ(zap(second).sid(), second.address);
+  EXPECT_FALSE(zap(second).coordinator()) << "of the network";
+  EXPECT_TRUE(zap(COORDINATOR).coordinator());
+  take(neighbourPage(NOON, second, pageOf(1, 0, {neighbourRow(0x20)})));
+  EXPECT_EQ(neighboursOf(zap(second)), "20:32");
+  EXPECT_EQ(take(announcementOfType(NOON, Device{second.euid, 0x7B02}, 2)), Outcome::TAKEN) << "it is known by now";
+  EXPECT_EQ(zap(second).sid(), 0x7B02);
+  EXPECT_THAT(mesh_.nodes(), IsEmpty());
+}
+
+TEST_F(MeshServerTest, LeavesANodeANode) {
+  take(announcement(NOON, LAMP, 1));
+  take(announcementOfType(NOON, LAMP, 1));
+  take(frameOf(NOON, Device{LAMP.euid, 0x0000}, HOME_PROFILE, 0x0006, "18 05 0a 00 00 10 01"));
+  take(neighbourPage(NOON, LAMP, pageOf(1, 0, {neighbourRow(0x20)})));
+  EXPECT_THAT(mesh_.nodes(), SizeIs(1));
+  EXPECT_THAT(mesh_.zaps(), IsEmpty());
+  EXPECT_EQ(neighboursOf(node(LAMP)), "20:32");
+}
+
+TEST_F(MeshServerTest, HasOneAccessPointAnAddress) {
+  take(neighbourPage(NOON, COORDINATOR, pageOf(1, 0, {neighbourRow(0x20)})));
+  take(neighbourPage(NOON, COORDINATOR, pageOf(2, 0, {neighbourRow(0x21)})));
+  const Device successor{"0017880100a00009", 0x0000};
+  EXPECT_EQ(take(neighbourPage(NOON, successor, pageOf(1, 0, {neighbourRow(0x30)}))), Outcome::TAKEN);
+  EXPECT_THAT(mesh_.zaps(), SizeIs(1));
+  EXPECT_EQ(neighboursOf(zap(successor)), "30:48");
+
+  take(neighbourPage(NOON, COORDINATOR, pageOf(2, 1, {neighbourRow(0x22)})));
+  EXPECT_THAT(mesh_.zaps(), SizeIs(1));
+  EXPECT_EQ(neighboursOf(zap(COORDINATOR)), "") << "the first page went with the record";
+}
+
+TEST_F(MeshServerTest, MakesNoAccessPointWithoutAnAddress) {
+  for (const unsigned short address : {0xFFF8, 0xFFFE, 0xFFFF}) {
+    const Device lost{COORDINATOR.euid, address};
+    EXPECT_EQ(take(announcementOfType(NOON, lost, 1)), Outcome::STRANGER);
+    EXPECT_EQ(take(neighbourPage(NOON, lost, pageOf(1, 0, {neighbourRow(0x20)}))), Outcome::STRANGER);
+  }
+  EXPECT_THAT(mesh_.zaps(), IsEmpty());
+  take(neighbourPage(NOON, COORDINATOR, pageOf(1, 0, {neighbourRow(0x20)})));
+  EXPECT_EQ(take(neighbourPage(NOON, Device{COORDINATOR.euid, 0xFFFE}, pageOf(1, 0, {neighbourRow(0x21)}))),
+            Outcome::TAKEN);
+  EXPECT_EQ(zap(COORDINATOR).sid(), 0) << "what is known stays";
+  EXPECT_EQ(neighboursOf(zap(COORDINATOR)), "21:33");
+}
+
+/// An announcement of a table of access points alone.
+RecordedFrame announcementOfZaps(const Device& device, const std::string& octets) {
+  return frameOf(NOON, device, ANNOUNCE_PROFILE, 0x0001, "18 05 0a 12 00 41" + octets);
+}
+
+TEST_F(MeshServerTest, ForgetsAccessPointsThatNobodyNamesAnyMore) {
+  const RecordedFrame frame = frameOf(NOON, ACCESS_POINT, HOME_PROFILE, 0x0006, "18 05 0a 00 00 10 01");
+  take(announcementOfZaps(LAMP, "04 7a 01 7a 01"));
+  take(announcementOfZaps(SENSOR, "04 00 00 7a 01"));
+  EXPECT_EQ(take(frame), Outcome::HEARD);
+  take(announcementOfZaps(LAMP, "02 7a 02"));
+  EXPECT_EQ(take(frame), Outcome::HEARD) << "the sensor names it";
+  take(announcementOfZaps(SENSOR, "00"));
+  EXPECT_EQ(take(frame), Outcome::STRANGER);
+  take(announcementOfZaps(SENSOR, "04 ff ff ff f8"));
+  for (const unsigned short address : {0xFFF8, 0xFFFF}) {
+    EXPECT_EQ(take(neighbourPage(NOON, Device{ACCESS_POINT.euid, address}, pageOf(0, 0, {}))), Outcome::STRANGER)
+        << "no address of one device";
+  }
 }
 
 TEST_F(MeshServerTest, KeepsRoutesOnceTheTableIsWhole) {
@@ -486,6 +626,66 @@ TEST_F(MeshServerTest, GivesAnAddressToWhoeverSpeaksFromIt) {
   EXPECT_EQ(node(SENSOR).sourceRouteFailures(), 2U);
   EXPECT_EQ(take(networkStatus(NOON, NOBODY, 0x0B, 0x5555)), Outcome::TAKEN);
   EXPECT_EQ(node(LAMP).sourceRouteFailures(), 1U);
+}
+
+TEST_F(MeshServerTest, LeavesNobodyAnAddressThatAnotherHas) {
+  take(announcement(NOON, LAMP, 1));
+  take(announcement(NOON, SENSOR, 1));
+  take(announcement(NOON, Device{SENSOR.euid, LAMP.address}, 1));
+  EXPECT_EQ(node(LAMP).sid(), MeshServer::UNKNOWN_ADDRESS);
+  EXPECT_EQ(node(SENSOR).sid(), LAMP.address);
+  EXPECT_EQ(take(networkStatus(NOON, NOBODY, 0x0B, SENSOR.address)), Outcome::STRANGER) << "its former one";
+  EXPECT_EQ(take(networkStatus(NOON, NOBODY, 0x0B, MeshServer::UNKNOWN_ADDRESS)), Outcome::STRANGER);
+}
+
+TEST_F(MeshServerTest, KeepsTheAddressOfANodeThatSpeaksFromNone) {
+  for (const unsigned short address : {0xFFF8, 0xFFFC, 0xFFFE, 0xFFFF}) {
+    take(announcement(NOON, LAMP, 1));
+    EXPECT_EQ(take(announcement(NOON, Device{LAMP.euid, address}, 1)), Outcome::TAKEN);
+    EXPECT_EQ(node(LAMP).sid(), LAMP.address);
+    EXPECT_EQ(take(networkStatus(NOON, SENSOR, 0x0B, address)), Outcome::STRANGER);
+    EXPECT_EQ(take(announcement(NOON, Device{NOBODY.euid, address}, 1)), Outcome::TAKEN);
+    EXPECT_EQ(node(NOBODY).sid(), MeshServer::UNKNOWN_ADDRESS) << "it has none yet";
+  }
+  const Device highest{SENSOR.euid, 0xFFF7};
+  take(announcement(NOON, highest, 1));
+  EXPECT_EQ(node(SENSOR).sid(), 0xFFF7);
+}
+
+TEST_F(MeshServerTest, RestoresAnAddressToWhoWasHeardLast) {
+  // Two that say the same, as states of earlier servers may; the longer address comes last.
+  MeshServer first(NOON);
+  first.take(announcement(NOON + 1, LAMP, 1));
+  MeshServer second(NOON);
+  second.take(announcement(NOON, Device{SENSOR.euid, LAMP.address}, 1));
+  MeshServer::Nodes both = first.nodes();
+  both.insert(second.nodes().begin(), second.nodes().end());
+  MeshServer::Nodes reversed = both;
+  reversed.at(SENSOR.id()).lastContact(NOON + 2);
+  both.emplace(NOBODY.id(), ZigbeeNode()).first->second.lid(NOBODY.id());
+
+  mesh_.restore(both, {});
+  EXPECT_EQ(node(LAMP).sid(), LAMP.address);
+  EXPECT_EQ(node(SENSOR).sid(), MeshServer::UNKNOWN_ADDRESS);
+  take(networkStatus(NOON, NOBODY, 0x0B, LAMP.address));
+  EXPECT_EQ(node(LAMP).sourceRouteFailures(), 1U);
+  EXPECT_EQ(take(networkStatus(NOON, NOBODY, 0x0B, MeshServer::UNKNOWN_ADDRESS)), Outcome::HEARD) << "nobody has that";
+
+  mesh_.restore(reversed, {});
+  EXPECT_EQ(node(LAMP).sid(), MeshServer::UNKNOWN_ADDRESS);
+  EXPECT_EQ(node(SENSOR).sid(), LAMP.address);
+  take(networkStatus(NOON, NOBODY, 0x0B, LAMP.address));
+  EXPECT_EQ(node(SENSOR).sourceRouteFailures(), 1U);
+}
+
+TEST_F(MeshServerTest, TakesAsManyNodesAsThereAreAddresses) {
+  for (unsigned int i = 0; i < MeshServer::MOST_NODES; ++i) {
+    const Device device{"00178801" + hexStr(0x10000000 + i, 4, false), static_cast<unsigned short>(i + 1)};
+    ASSERT_EQ(take(announcementOfType(NOON, device, 2)), Outcome::TAKEN);
+  }
+  EXPECT_EQ(take(announcement(NOON, LAMP, 1)), Outcome::STRANGER);
+  EXPECT_EQ(take(announcementOfType(NOON + 1, {"0017880110000000", 1}, 2)), Outcome::TAKEN) << "it is known";
+  EXPECT_THAT(mesh_.nodes(), SizeIs(MeshServer::MOST_NODES));
 }
 
 TEST_F(MeshServerTest, GivesAnAddressBackToANodeThatSpeaksFromItAgain) {

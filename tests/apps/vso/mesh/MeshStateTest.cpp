@@ -47,7 +47,7 @@ TEST(MeshState, RestoresWhatItSaved) {
   std::string saved;
   {
     MeshServer mesh(0);
-    const MeshState state(scratch.path(), mesh);
+    MeshState state(scratch.path(), mesh);
     EXPECT_EQ(state.file(), scratch.path("mesh.state"));
     EXPECT_TRUE(mesh.nodes().empty());
     fill(mesh, 3, 9);
@@ -59,7 +59,7 @@ TEST(MeshState, RestoresWhatItSaved) {
   EXPECT_EQ(test::contentOf(scratch.path("mesh.state")), saved);
   MeshServer mesh(0);
   testing::internal::CaptureStderr();
-  const MeshState state(scratch.path(), mesh);
+  MeshState state(scratch.path(), mesh);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   ASSERT_EQ(mesh.nodes().size(), 3u);
   EXPECT_EQ(mesh.nodes().begin()->second.bootCount(), 9u);
@@ -67,12 +67,56 @@ TEST(MeshState, RestoresWhatItSaved) {
   EXPECT_EQ(bytesOf(mesh), saved);
 }
 
+TEST(MeshState, SavesWhatHasChangedOnce) {
+  const TemporaryDirectory scratch;
+  const auto isThere = [&] { return std::filesystem::exists(scratch.path("mesh.state")); };
+  // Once the file is gone, whatever is saved is seen.
+  const auto remove = [&] { std::filesystem::remove(scratch.path("mesh.state")); };
+  {
+    MeshServer mesh(0);
+    MeshState state(scratch.path(), mesh);
+    state.saveChanges();
+    EXPECT_TRUE(isThere()) << "nothing was saved before";
+    remove();
+    state.saveChanges();
+    EXPECT_FALSE(isThere());
+    fill(mesh, 3, 9);
+    state.saveChanges();
+    EXPECT_TRUE(isThere());
+    remove();
+    state.saveChanges();
+    EXPECT_FALSE(isThere());
+    mesh.node(mesh.nodes().begin()->first)->label("lamp");
+    state.saveChanges();
+    EXPECT_TRUE(isThere());
+    remove();
+    state.save();
+    EXPECT_TRUE(isThere()) << "asked for";
+  }
+  MeshServer mesh(0);
+  MeshState state(scratch.path(), mesh);
+  remove();
+  state.saveChanges();
+  EXPECT_FALSE(isThere()) << "as it was restored";
+}
+
+TEST(MeshState, SavesAgainWhatItCouldNotSave) {
+  const TemporaryDirectory scratch;
+  MeshServer mesh(0);
+  MeshState state(scratch.path(), mesh);
+  std::filesystem::create_directory(scratch.path("mesh.state"));
+  EXPECT_THROW(state.saveChanges(), std::runtime_error);
+  std::filesystem::remove(scratch.path("mesh.state"));
+  state.saveChanges();
+  EXPECT_EQ(test::contentOf(scratch.path("mesh.state")), bytesOf(mesh));
+}
+
 TEST(MeshState, AnEmptyMeshIsOneToo) {
   const TemporaryDirectory scratch;
   MeshServer mesh(0);
   { MeshState(scratch.path(), mesh).save(); }
   testing::internal::CaptureStderr();
-  const MeshState state(scratch.path(), mesh);
+  MeshState state(scratch.path(), mesh);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   EXPECT_TRUE(mesh.nodes().empty());
 }
@@ -95,7 +139,7 @@ TEST_P(MeshStateDamage, IsKeptAsideAndSaidAndTheMeshBeginsAnew) {
 
   MeshServer mesh(0);
   testing::internal::CaptureStderr();
-  const MeshState state(scratch.path(), mesh);
+  MeshState state(scratch.path(), mesh);
   const std::string said = testing::internal::GetCapturedStderr();
   EXPECT_THAT(said, testing::StartsWith("vso: " + scratch.path("mesh.state") + ": it"));
   EXPECT_THAT(said, testing::EndsWith("; it is kept as " + aside + ", and the mesh begins anew\n"));
@@ -148,7 +192,7 @@ constexpr int KILLS = 1000;
 /// Saves two meshes in turn for as long as it lives, and writes a byte to `begun` when that begins.
 [[noreturn]] void saveForEver(const std::string& folder, const MeshServer& small, const MeshServer& large, int begun) {
   MeshServer mesh(0);
-  const MeshState state(folder, mesh);
+  MeshState state(folder, mesh);
   if (::write(begun, "", 1) != 1) ::_exit(1);
   for (;;) {
     for (const MeshServer* const next : {&large, &small}) {
@@ -206,7 +250,7 @@ TEST(MeshState, AKilledSaveLeavesOneStateOrTheOtherWhole) {
     MeshServer mesh(0);
     testing::internal::CaptureStderr();
     {
-      const MeshState state(scratch.path(), mesh);  // which takes the folder from the dead
+      MeshState state(scratch.path(), mesh);  // which takes the folder from the dead
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     ASSERT_EQ(bytesOf(mesh), found);

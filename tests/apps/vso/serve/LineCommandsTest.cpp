@@ -171,6 +171,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Said{"Counter", "reset " + LAMP + " reboot.count",
              "error there is no counter \"reboot.count\": " + KNOWN_COUNTERS + "\r\n"},
+        Said{"LongLabel", "label " + LAMP + " " + std::string(32, 'a') + " " + std::string(32, 'b'),
+             "error \"" + std::string(32, 'a') + " " + std::string(7, 'b') +
+                 "...\" has 65 bytes, and there is room for 64\r\n"},
         Said{"Group", "build " + LAMP + " off-on on", "error there is no group of commands \"off-on\"\r\n"},
         Said{"Command", "build " + LAMP + " on-off blink", "error the group on-off has no command \"blink\"\r\n"},
         Said{"ArgumentWithoutDashes", "build " + LAMP + " on-off on sequence 3",
@@ -189,6 +192,8 @@ INSTANTIATE_TEST_SUITE_P(
              "error --transition-time is required\r\n"},
         Said{"BadValue", "build " + LAMP + " level-control move-to-level --level 256 --transition-time 0",
              "error --level: \"256\" is out of range, 0..255\r\n"},
+        Said{"Destination", "build " + LAMP + " zdo lqi-request --destination " + NOBODY,
+             "error --destination is the node's address, and not given\r\n"},
         Said{"NameAsValue", "build " + LAMP + " on-off on --sequence --sequence",
              "error --sequence: \"--sequence\" is no number\r\n"}),
     [](const auto& row) { return row.param.name; });
@@ -235,6 +240,16 @@ TEST_F(LineCommandsTest, FrameMayHaveBlanksAndAComment) {
   EXPECT_EQ(lamp().bootCount(), 9u);
 }
 
+TEST_F(LineCommandsTest, FrameIsNotToCome) {
+  const std::time_t soon = std::time(nullptr) + 30;
+  EXPECT_EQ(say("frame " + announcementOf(LAMP, 8, std::to_string(soon))), "ok taken\r\n");
+  const std::string later = std::to_string(soon + 60);
+  EXPECT_EQ(say("frame " + announcementOf(LAMP, 9, later)), "error time: " + later + " is to come\r\n");
+  EXPECT_EQ(say("frame " + announcementOf(LAMP, 9, "4294967295")), "error time: 4294967295 is to come\r\n");
+  EXPECT_EQ(lamp().bootCount(), 8u);
+  EXPECT_EQ(lamp().lastContact(), soon);
+}
+
 TEST_F(LineCommandsTest, NodesHasALineForEach) {
   EXPECT_EQ(say("nodes"), "block 1\r\n" + LAMP + " 0x1a2b online qx:lamp\r\n");
   say("frame " + announcementOf("0000000000000001", 1, "1000", "0x0c0d"));
@@ -250,14 +265,16 @@ TEST(LineCommands, NodesOfAnEmptyMeshAreABlockOfNone) {
 }
 
 TEST_F(LineCommandsTest, LabelsOfEveryByteAreShownInOneLine) {
-  std::string label;
-  for (int byte = 1; byte < 256; ++byte) label += static_cast<char>(byte);
-  EXPECT_EQ(say("label " + LAMP + " a" + label + std::string(1, '\0') + "b"), "ok\r\n");
-  for (const std::string& question :
-       {std::string("nodes"), "node " + LAMP, "node " + LAMP + " xml", "node " + LAMP + " any"}) {
-    const std::string answer = say(question);
-    EXPECT_EQ(faultOf(answer), "") << question;
-    EXPECT_THAT(answer, testing::Not(StartsWith("error"))) << question;
+  for (int first = 0; first < 256; first += 32) {
+    std::string label = "a";
+    for (int byte = first; byte < first + 32; ++byte) label += static_cast<char>(byte);
+    EXPECT_EQ(say("label " + LAMP + " " + label + "b"), "ok\r\n");
+    for (const std::string& question :
+         {std::string("nodes"), "node " + LAMP, "node " + LAMP + " xml", "node " + LAMP + " any"}) {
+      const std::string answer = say(question);
+      EXPECT_EQ(faultOf(answer), "") << question;
+      EXPECT_THAT(answer, testing::Not(StartsWith("error"))) << question;
+    }
   }
 }
 
@@ -352,23 +369,22 @@ TEST_P(LineCommandsBuild, GivesIdsAndBytes) {
 
 INSTANTIATE_TEST_SUITE_P(
     Frames, LineCommandsBuild,
-    testing::Values(
-        Built{"WithoutArguments", "on-off on --sequence 5", "0x0104 0x0006 010501"},
-        // The bit of the disabled default response is the fifth of the first byte.
-        Built{"Flag", "on-off toggle --disable-default-response --sequence 0xff", "0x0104 0x0006 11ff02"},
-        Built{"FlagLast", "on-off off --sequence 1 --disable-default-response", "0x0104 0x0006 110100"},
-        // Level 128, 10 tenths of a second.
-        Built{"Numbers", "level-control move-to-level --transition-time 10 --level 0x80 --sequence 7",
-              "0x0104 0x0008 010700800a00"},
-        Built{"RepeatedArgument", "general read-attributes --cluster 6 --attribute 0 --attribute 0x4001 --sequence 9",
-              "0x0104 0x0006 00090000000140"},
-        Built{"NetworkLayer", "zdo permit-join-request --duration 60 --sequence 3", "0x0000 0x0036 033c00"},
-        // The device that is to leave, least significant byte first.
-        Built{"OtherDevice", "zdo leave-request --device 0102030405060708 --sequence 4",
-              "0x0000 0x0034 04080706050403020100"},
-        Built{"PageOfATable", "zdo lqi-request --start-index 3 --sequence 2", "0x0000 0x0031 0203"},
-        // The node that is spoken of is the destination, whatever is given as such.
-        Built{"DestinationIsTheNode", "zdo lqi-request --destination nowhere --sequence 2", "0x0000 0x0031 0200"}),
+    testing::Values(Built{"WithoutArguments", "on-off on --sequence 5", "0x0104 0x0006 010501"},
+                    // The bit of the disabled default response is the fifth of the first byte.
+                    Built{"Flag", "on-off toggle --disable-default-response --sequence 0xff", "0x0104 0x0006 11ff02"},
+                    Built{"FlagLast", "on-off off --sequence 1 --disable-default-response", "0x0104 0x0006 110100"},
+                    // Level 128, 10 tenths of a second.
+                    Built{"Numbers", "level-control move-to-level --transition-time 10 --level 0x80 --sequence 7",
+                          "0x0104 0x0008 010700800a00"},
+                    Built{"RepeatedArgument",
+                          "general read-attributes --cluster 6 --attribute 0 --attribute 0x4001 --sequence 9",
+                          "0x0104 0x0006 00090000000140"},
+                    Built{"NetworkLayer", "zdo permit-join-request --duration 60 --sequence 3", "0x0000 0x0036 033c00"},
+                    // The device that is to leave, least significant byte first.
+                    Built{"OtherDevice", "zdo leave-request --device 0102030405060708 --sequence 4",
+                          "0x0000 0x0034 04080706050403020100"},
+                    Built{"PageOfATable", "zdo lqi-request --start-index 3 --sequence 2", "0x0000 0x0031 0203"},
+                    Built{"DestinationIsTheNode", "zdo lqi-request --sequence 2", "0x0000 0x0031 0200"}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(LineCommandsTest, AFrameWithoutADestinationTakesNone) {
