@@ -278,7 +278,8 @@ void addServeCommand(CLI::App& program, std::function<int()>& chosen) {
   CLI::App* const command = program.add_subcommand("serve", "Run a small mesh server that is spoken to line by line.");
   command->add_option("--state", options->state, "Folder in which the mesh is kept")
       ->option_text("DIR REQUIRED")
-      ->required();
+      ->required()
+      ->check(isStatePath, "");
   command->add_option("--listen", options->listen, "127.0.0.1:7410 unless given; port 0 for any that is free")
       ->option_text("ADDRESS:PORT")
       ->check(isPlace, "");

@@ -432,6 +432,9 @@ INSTANTIATE_TEST_SUITE_P(Faults, ServeListen,
 
 TEST_F(Serve, NeedsAStateAndASensibleInterval) {
   EXPECT_EQ(test::runProgram({{"serve"}}).status, 2);
+  const test::Outcome nowhere = test::runProgram({{"serve", "--state", ""}});
+  EXPECT_EQ(nowhere.status, 2);
+  EXPECT_THAT(nowhere.err, StartsWith("vso: --state: an empty path\n"));
   for (const char* const seconds : {"0", "86401", "-1", "soon"}) {
     const test::Outcome outcome = test::runProgram({{"serve", "--state", folder_.path(), "--save-every", seconds}});
     EXPECT_EQ(outcome.status, 2) << seconds;
