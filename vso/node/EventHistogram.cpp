@@ -40,7 +40,7 @@ BPosixTime EventHistogram::localtime() {
   thread_local long second = -1;
   thread_local BPosixTime beginning;
   if (now.tv_sec != second) {
-    beginning = detail::localTime(now.tv_sec);
+    beginning = posixTimeOf(now.tv_sec);
     second = now.tv_sec;
   }
   return beginning + boost::posix_time::microseconds(now.tv_usec);
@@ -52,10 +52,12 @@ void EventHistogram::windowSize(unsigned int windowSize) {
   reset();
 }
 
-void EventHistogram::reset() {
+void EventHistogram::reset() { reset(localtime()); }
+
+void EventHistogram::reset(const BPosixTime& start) {
   std::fill(histogram_.begin(), histogram_.end(), 0);
-  startTime_ = localtime();
-  lastEvent_ = startTime_;
+  startTime_ = start;
+  lastEvent_ = start;
 }
 
 int EventHistogram::totalEvents() const {

@@ -60,6 +60,8 @@ class EventHistogram {
 
   /// Starts anew, with all buckets zero.
   void reset();
+  /// The same as of `start`, for events that may have happened before this was made.
+  void reset(const BPosixTime& start);
   /// The events in all buckets. (A sum that no int holds, which takes a hostile message, is the nearest int.)
   int totalEvents() const;
   /// Number of the bucket of `time`, not yet taken modulo the window.

@@ -76,15 +76,12 @@ BPosixTime posixTimeFromProtobuf(const Timestamp& message) {
   return epoch() + boost::posix_time::microseconds(cut(message.seconds()) * MICROSECONDS);
 }
 
-BPosixTime posixTimeNow() { return detail::localTime(std::time(nullptr)); }
-
-BPosixTime detail::localTime(long seconds) {
-  const std::time_t time = seconds;
+BPosixTime posixTimeOf(std::time_t seconds) {
   std::tm local{};
   // Years that a date cannot hold count as times that the C library cannot tell.
   constexpr int FIRST_YEAR = 1400 - 1900;
   constexpr int LAST_YEAR = 9999 - 1900;
-  if (localtime_r(&time, &local) == nullptr || local.tm_year < FIRST_YEAR || local.tm_year > LAST_YEAR) {
+  if (localtime_r(&seconds, &local) == nullptr || local.tm_year < FIRST_YEAR || local.tm_year > LAST_YEAR) {
     throw std::runtime_error("could not convert calendar time to local time");
   }
   return BPosixTime(
@@ -92,6 +89,8 @@ BPosixTime detail::localTime(long seconds) {
                              static_cast<unsigned short>(local.tm_mon + 1), static_cast<unsigned short>(local.tm_mday)),
       boost::posix_time::time_duration(local.tm_hour, local.tm_min, local.tm_sec));
 }
+
+BPosixTime posixTimeNow() { return posixTimeOf(std::time(nullptr)); }
 
 pb::U255BuffPBuf* u255BuffToProtobuf(const U255Buff<unsigned char>& buffer) {
   auto message = std::make_unique<pb::U255BuffPBuf>();

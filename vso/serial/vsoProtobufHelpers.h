@@ -8,6 +8,7 @@
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/logic/tribool.hpp>
 #include <boost/unordered_map.hpp>
+#include <ctime>
 #include <functional>
 #include <string>
 
@@ -48,8 +49,10 @@ google::protobuf::Timestamp* posixTimeToProtobuf(const BPosixTime& time);
 /// The low 32 bits of the seconds, as a signed number. Never a special time: the forms of the infinities come back as
 /// dates in 1904 and 2035.
 BPosixTime posixTimeFromProtobuf(const google::protobuf::Timestamp& message);
-/// The local time of now, in whole seconds. Throws std::runtime_error, "could not convert calendar time to local time",
-/// if the C library cannot tell.
+/// The local time of so many seconds since 1970. Throws std::runtime_error, "could not convert calendar time to local
+/// time", if the C library cannot tell.
+BPosixTime posixTimeOf(std::time_t seconds);
+/// The local time of now, in whole seconds. Throws as `posixTimeOf`.
 BPosixTime posixTimeNow();
 
 /// The elements in use. Caller owns the result.
@@ -73,12 +76,5 @@ extern boost::unordered_map<std::string, std::function<VessoriParams*()>> vessor
 /// A new parameter object for the type URL of `any`, whose payload is not read here. Null, with a warning unless the
 /// type URL is empty, if there is no entry for it. Throws std::bad_function_call if the entry is empty.
 VessoriParams* vessoriParamsProtobufCreator(const google::protobuf::Any& any);
-
-namespace detail {
-
-/// The local calendar time of `seconds` since 1970. Throws as `posixTimeNow` does.
-BPosixTime localTime(long seconds);
-
-}  // namespace detail
 
 }  // namespace qx

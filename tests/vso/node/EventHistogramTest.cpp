@@ -549,6 +549,18 @@ TYPED_TEST(EventHistogramOf, ResetStartsAnewNow) {
   EXPECT_EQ(histogram.lastEvent(), histogram.startTime());
 }
 
+TYPED_TEST(EventHistogramOf, ResetStartsAnewAtAGivenTime) {
+  TypeParam histogram = histogramOf<TypeParam>(3, {1, 2, 3});
+  const BPosixTime start = EventHistogram::localtime() - boost::posix_time::hours(50);
+  histogram.reset(start);
+  EXPECT_EQ(histogram.windowSize(), 3U);
+  EXPECT_THAT(histogram.histogram(), ElementsAre(0, 0, 0));
+  EXPECT_EQ(histogram.startTime(), start);
+  EXPECT_EQ(histogram.lastEvent(), start);
+  histogram.addEvent(start + histogram.bucketSize());
+  EXPECT_THAT(histogram.histogram(), ElementsAre(0, 1, 0));
+}
+
 TYPED_TEST(EventHistogramOf, AnyChangeOfTheWindowStartsAnewAlsoToTheSameSize) {
   for (const unsigned int size : {0U, 2U, 3U, 5U}) {
     TypeParam histogram = histogramOf<TypeParam>(3, {1, 2, 3});

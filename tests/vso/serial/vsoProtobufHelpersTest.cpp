@@ -256,19 +256,19 @@ class TimeZone {
 
 TEST(PosixTimeNow, GoesByTheTimeZone) {
   const TimeZone zone("AHEAD-05:30");
-  EXPECT_EQ(detail::localTime(0), timeOf("1970-01-01 05:30:00"));
-  EXPECT_EQ(detail::localTime(1706706309), timeOf("2024-01-31 18:35:09"));
-  EXPECT_EQ(detail::localTime(1709164800), timeOf("2024-02-29 05:30:00"));
-  EXPECT_EQ(detail::localTime(-1), timeOf("1970-01-01 05:29:59"));
+  EXPECT_EQ(posixTimeOf(0), timeOf("1970-01-01 05:30:00"));
+  EXPECT_EQ(posixTimeOf(1706706309), timeOf("2024-01-31 18:35:09"));
+  EXPECT_EQ(posixTimeOf(1709164800), timeOf("2024-02-29 05:30:00"));
+  EXPECT_EQ(posixTimeOf(-1), timeOf("1970-01-01 05:29:59"));
 }
 
 TEST(PosixTimeNow, ThrowsWhenTheCalendarHasNoSuchTime) {
   const TimeZone zone("AHEAD-05:30");
   // The last second of the year 9999 in this zone has a date, the next one has none.
-  EXPECT_EQ(detail::localTime(253402280999), timeOf("9999-12-31 23:59:59"));
+  EXPECT_EQ(posixTimeOf(253402280999), timeOf("9999-12-31 23:59:59"));
   for (const long seconds : {LONG_MAX, LONG_MIN, 253402281000L, 2200000000000L}) {
     try {
-      detail::localTime(seconds);
+      posixTimeOf(seconds);
       FAIL() << seconds << " was taken";
     } catch (const std::runtime_error& error) {
       EXPECT_STREQ(error.what(), "could not convert calendar time to local time") << seconds;
