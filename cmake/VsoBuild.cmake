@@ -15,6 +15,11 @@ if(VSO_CCACHE)
   mark_as_advanced(VSO_CCACHE_PROGRAM)
   if(VSO_CCACHE_PROGRAM)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${VSO_CCACHE_PROGRAM})
+    if(VSO_PRECOMPILE)
+      # Without these ccache leaves every source with a precompiled header to the compiler.
+      set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
+                                      ${VSO_CCACHE_PROGRAM})
+    endif()
   endif()
 endif()
 
