@@ -1,4 +1,6 @@
 // The command-line program `vso`.
+#include <google/protobuf/stubs/logging.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
@@ -62,6 +64,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   // A pipe that nobody reads any more is then a failed write, which is reported.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  // Of a message that does not parse it is said whose it is, and where it came from.
+  google::protobuf::SetLogHandler(nullptr);
   try {
     return run(argc, argv);
   } catch (const std::exception& error) {

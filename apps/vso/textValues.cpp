@@ -7,7 +7,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "qxshared/cleanString.h"
+#include "apps/vso/cleanText.h"
 #include "vso/identifiers/hexify.h"
 
 namespace qx::app {
@@ -32,12 +32,15 @@ void checkDigits(const std::string& text) {
 
 }  // namespace
 
-std::string quoted(const std::string& text) {
+std::string inQuotes(const std::string& text) {
   constexpr std::size_t LONGEST = 40;
-  return '"' + cleanString(text.substr(0, LONGEST)) + (text.size() > LONGEST ? "...\"" : "\"");
+  constexpr std::size_t ENOUGH = 4 * LONGEST;  // bytes of so many characters
+  const std::string clean = cleanText(text.substr(0, ENOUGH));
+  const bool isLong = text.size() > ENOUGH || charactersOf(clean) > LONGEST;
+  return '"' + (isLong ? clipped(clean + "...", LONGEST + 3) : clean) + '"';
 }
 
-void refuse(const std::string& text, const std::string& reason) { throw BadArgument(quoted(text) + " " + reason); }
+void refuse(const std::string& text, const std::string& reason) { throw BadArgument(inQuotes(text) + " " + reason); }
 
 std::string rangeOf(long long least, long long most) { return bound(least) + ".." + bound(most); }
 

@@ -16,7 +16,7 @@ class BadArgument : public std::runtime_error {
 };
 
 /// A piece of what the user gave, for a message: short, and without bytes that a terminal would obey.
-std::string quoted(const std::string& text);
+std::string inQuotes(const std::string& text);
 
 /// Throws a BadArgument that quotes the text.
 [[noreturn]] void refuse(const std::string& text, const std::string& reason);

@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "qxshared/cleanString.h"
+#include "apps/vso/textValues.h"
 #include "vso/identifiers/hexify.h"
 
 namespace qx::app {
@@ -17,13 +17,6 @@ constexpr unsigned long long LARGEST_ID = 0xFFFF;
 
 /// Why a part of the line cannot be read, empty if it can.
 using Reason = std::string;
-
-/// A piece of the line for a message: short, and without bytes that a terminal would obey.
-std::string quoted(std::string_view text) {
-  constexpr std::size_t LONGEST = 40;
-  const std::string shown = cleanString(std::string(text.substr(0, LONGEST)));
-  return '"' + shown + (text.size() > LONGEST ? "...\"" : "\"");
-}
 
 std::string_view withoutOuterBlanks(std::string_view text) {
   const std::size_t first = text.find_first_not_of(BLANKS);
@@ -39,7 +32,7 @@ std::string_view takeWord(std::string_view& text) {
 }
 
 Reason outOfRange(const char* name, std::string_view number) {
-  return name + (": " + quoted(number)) + " is out of range, 0 to 0xFFFF";
+  return name + (": " + inQuotes(std::string(number))) + " is out of range, 0 to 0xFFFF";
 }
 
 Reason idFromText(const char* name, std::string_view text, unsigned short& id) {
@@ -55,7 +48,7 @@ Reason idFromText(const char* name, std::string_view text, unsigned short& id) {
   const std::from_chars_result result = std::from_chars(digits.data(), end, value, base);
   if (result.ptr != end || result.ec == std::errc::invalid_argument) {
     const char* const hint = base == 8 ? ": a leading 0 stands for octal" : "";
-    return name + (": " + quoted(text)) + " is no number" + hint;
+    return name + (": " + inQuotes(std::string(text))) + " is no number" + hint;
   }
   if (result.ec == std::errc::result_out_of_range || value > LARGEST_ID) return outOfRange(name, text);
   id = static_cast<unsigned short>(value);
@@ -67,7 +60,8 @@ Reason bytesFromText(std::string_view text, U255Buff<unsigned char>& bytes) {
   digits.reserve(text.size());
   for (const char c : text) {
     if (BLANKS.find(c) != std::string_view::npos) continue;
-    if (HEX_DIGITS.find(c) == std::string_view::npos) return "hex: " + quoted({&c, 1}) + " is no hexadecimal digit";
+    if (HEX_DIGITS.find(c) == std::string_view::npos)
+      return "hex: " + inQuotes(std::string(1, c)) + " is no hexadecimal digit";
     digits += c;
   }
   if (digits.size() % 2 != 0) return "hex: an odd number of digits, " + std::to_string(digits.size());
@@ -114,7 +108,7 @@ Reason nodeFromJson(const nlohmann::json& object, std::optional<Euid>& node) {
   if (!member->is_string()) return "euid: not a string";
   const auto& digits = member->get_ref<const std::string&>();
   if (digits.size() != DIGITS || digits.find_first_not_of(HEX_DIGITS) != std::string::npos) {
-    return "euid: " + quoted(std::string_view(digits)) + " is not 16 hexadecimal digits";
+    return "euid: " + inQuotes(digits) + " is not 16 hexadecimal digits";
   }
   node.emplace() = digits;
   return {};

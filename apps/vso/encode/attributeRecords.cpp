@@ -61,7 +61,7 @@ const TypeRow& typeRow(const std::string& text) {
   for (const TypeRow& row : TYPES) {
     if (isCode ? row.code == code : row.name == text) return row;
   }
-  throw BadArgument(quoted(text) + " is no type; there are " + typeNames());
+  throw BadArgument(inQuotes(text) + " is no type; there are " + typeNames());
 }
 
 /// The bytes of a value, the first on the wire first.
@@ -75,7 +75,7 @@ class ValueBytes {
   void string(const std::string& text, const unsigned char* bytes, std::size_t size) {
     constexpr std::size_t LONGEST = AttributeRecordData::DATA_SIZE - 1;
     if (size > LONGEST) {
-      throw BadArgument(quoted(text) + " has " + std::to_string(size) + " bytes, and an attribute has room for " +
+      throw BadArgument(inQuotes(text) + " has " + std::to_string(size) + " bytes, and an attribute has room for " +
                         std::to_string(LONGEST));
     }
     number(size, 1);
@@ -91,7 +91,7 @@ template <typename Real>
 Real parseReal(const std::string& text, Real (*convert)(const char*, char**)) {
   char* end = nullptr;
   const Real value = convert(text.c_str(), &end);
-  if (end == text.c_str() || *end != '\0') throw BadArgument(quoted(text) + " is no number");
+  if (end == text.c_str() || *end != '\0') throw BadArgument(inQuotes(text) + " is no number");
   return value;
 }
 
@@ -151,7 +151,7 @@ unsigned short parseAttributeId(const std::string& text) {
 AttributeRecordData parseAttributeValue(const std::string& text) {
   const std::size_t first = text.find(':');
   const std::size_t second = first == std::string::npos ? first : text.find(':', first + 1);
-  if (second == std::string::npos) throw BadArgument(quoted(text) + " is not of the form ID:TYPE:VALUE");
+  if (second == std::string::npos) throw BadArgument(inQuotes(text) + " is not of the form ID:TYPE:VALUE");
   const TypeRow& row = typeRow(text.substr(first + 1, second - first - 1));
   AttributeRecordData record;
   record.id_ = parseAttributeId(text.substr(0, first));
@@ -167,10 +167,10 @@ ReadAttributeStatusRecord parseAttributeAnswer(const std::string& text) {
     return {value.id_, value.type_, value.data_};
   }
   if (colon == std::string::npos) {
-    throw BadArgument(quoted(text) + " is neither of the form ID:TYPE:VALUE nor ID:STATUS");
+    throw BadArgument(inQuotes(text) + " is neither of the form ID:TYPE:VALUE nor ID:STATUS");
   }
   const WriteAttributeReportRecord refusal = parseAttributeStatus(text);
-  if (refusal.status_ == 0) throw BadArgument(quoted(text) + " has success for a status, which comes with a value");
+  if (refusal.status_ == 0) throw BadArgument(inQuotes(text) + " has success for a status, which comes with a value");
   ReadAttributeStatusRecord record;
   record.id_ = refusal.id_;
   record.status_ = refusal.status_;
@@ -179,7 +179,7 @@ ReadAttributeStatusRecord parseAttributeAnswer(const std::string& text) {
 
 WriteAttributeReportRecord parseAttributeStatus(const std::string& text) {
   const std::size_t colon = text.find(':');
-  if (colon == std::string::npos) throw BadArgument(quoted(text) + " is not of the form ID:STATUS");
+  if (colon == std::string::npos) throw BadArgument(inQuotes(text) + " is not of the form ID:STATUS");
   WriteAttributeReportRecord record;
   record.id_ = parseAttributeId(text.substr(0, colon));
   record.status_ = parseStatus(text.substr(colon + 1));

@@ -118,7 +118,7 @@ void addRow(CLI::App& group, const CommandRow& row, std::function<int()>& chosen
 /// Refuses a command line that goes on with none of the subcommands, and names what it goes on with.
 void refuseWithoutSubcommand(const CLI::App& command, const std::string& what) {
   const std::vector<std::string> unknown = command.remaining();
-  if (!unknown.empty()) throw CLI::ValidationError("there is no " + what + " " + quoted(unknown.front()));
+  if (!unknown.empty()) throw CLI::ValidationError("there is no " + what + " " + inQuotes(unknown.front()));
   if (command.get_subcommands().empty()) throw CLI::ValidationError("a " + what + " is missing");
 }
 

@@ -1,8 +1,6 @@
 #include "apps/vso/mesh/MeshServer.h"
 
 #include <algorithm>
-#include <boost/date_time/c_local_time_adjustor.hpp>
-#include <boost/date_time/posix_time/conversion.hpp>
 #include <list>
 #include <utility>
 
@@ -12,7 +10,6 @@
 #include "vso/mesh/AccessPoint.h"
 #include "vso/node/MessageFailHistogram.h"
 #include "vso/node/RebootHistogram.h"
-#include "vso/proto/EventHistogramPBuf.pb.h"
 #include "vso/proto/ZigbeeNodeDeviceTypePEnum.pb.h"
 #include "vso/serial/vsoProtobufHelpers.h"
 #include "vso/zcl/QxZclAnnounce.h"
@@ -57,23 +54,19 @@ bool isAnnouncement(const RecordedFrame& frame) {
 
 /// A histogram that begins at `time`, and not when it is made: frames may tell of times that are long gone.
 template <typename Histogram>
-Histogram begunAt(std::time_t time) {
-  qx::pb::EventHistogramPBuf message;
-  message.set_windowsize(Histogram::WINDOW_SIZE);
-  message.mutable_histogram()->Resize(Histogram::WINDOW_SIZE, 0);
-  message.set_allocated_starttime(posixTimeToProtobuf(localTimeOf(time)));
-  message.set_allocated_lastevent(posixTimeToProtobuf(localTimeOf(time)));
+Histogram begunAt(const BPosixTime& time) {
   Histogram histogram(Histogram::WINDOW_SIZE);
-  histogram.fromProtobuf(message);
+  histogram.reset(time);
   return histogram;
 }
 
 ZigbeeNode newNode(const Euid& euid, std::time_t time) {
   ZigbeeNode node;
   node.lid(euid);
-  node.rebootsHistogram(begunAt<RebootHistogram>(time));
-  node.sourceRouteFailuresHistogram(begunAt<MessageFailHistogram>(time));
-  node.manyToOneRouteFailuresHistogram(begunAt<MessageFailHistogram>(time));
+  const BPosixTime start = posixTimeOf(time);
+  node.rebootsHistogram(begunAt<RebootHistogram>(start));
+  node.sourceRouteFailuresHistogram(begunAt<MessageFailHistogram>(start));
+  node.manyToOneRouteFailuresHistogram(begunAt<MessageFailHistogram>(start));
   return node;
 }
 
@@ -81,7 +74,7 @@ ZigbeeNode newNode(const Euid& euid, std::time_t time) {
 /// would clear what lies between.
 template <typename Histogram>
 BPosixTime eventTime(const Histogram& histogram, std::time_t time) {
-  return std::max(localTimeOf(time), histogram.lastEvent());
+  return std::max(posixTimeOf(time), histogram.lastEvent());
 }
 
 /// Counts how often the device rebooted since it told its count before. A count of 0 has not been told.
@@ -96,6 +89,34 @@ void countReboots(ZigbeeNode& node, unsigned short count, std::time_t time) {
   node.bootCount(count);
   if (before == 0) return;
   for (int left = further <= MOST_MISSED_REBOOTS ? further : 1; left > 0; --left) node.addRebootEvent(now);
+}
+
+/// Takes over what a device says of itself.
+void describe(ZigbeeNode& node, const QxZclAnnounce& announce) {
+  if (announce.hasProductString()) node.product(announce.productString());
+  if (announce.hasFirmwareVersion()) node.fwVer(announce.firmwareVersion());
+  if (announce.hasReflashVersion()) node.reflashProfile(announce.reflashVersion());
+  if (announce.hasDeviceType()) node.deviceType(announce.deviceType());
+  if (announce.hasChannel()) node.channel(announce.channel());
+  if (announce.hasApPollInterval()) node.apPollInterval(announce.apPollInterval());
+  if (announce.hasParentPollInterval()) node.parentPollInterval(announce.parentPollInterval());
+  if (announce.hasNodeRssi()) {
+    node.rssi(announce.nodeRssi());
+    node.hasRssi(true);
+  }
+  if (announce.hasNodeLqi()) {
+    node.rxLqi(announce.nodeLqi());
+    node.hasRxLqi(true);
+  }
+  if (announce.hasNodeRadioBars()) {
+    node.radioBars(announce.nodeRadioBars());
+    node.hasRadioBars(true);
+  }
+  if (announce.hasBatteryLevel()) {
+    node.batteryLevel(announce.batteryLevel());
+    node.hasBatteryLevel(true);
+  }
+  node.updateSignalStrength();
 }
 
 bool isCoordinator(const QxZclAnnounce& announce) {
@@ -160,29 +181,7 @@ MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
   ZigbeeNode& node = found->second;
   heard(node, frame);
   if (announce.hasBootCount()) countReboots(node, announce.bootCount(), frame.time);
-  if (announce.hasProductString()) node.product(announce.productString());
-  if (announce.hasFirmwareVersion()) node.fwVer(announce.firmwareVersion());
-  if (announce.hasReflashVersion()) node.reflashProfile(announce.reflashVersion());
-  if (announce.hasDeviceType()) node.deviceType(announce.deviceType());
-  if (announce.hasChannel()) node.channel(announce.channel());
-  if (announce.hasApPollInterval()) node.apPollInterval(announce.apPollInterval());
-  if (announce.hasParentPollInterval()) node.parentPollInterval(announce.parentPollInterval());
-  if (announce.hasNodeRssi()) {
-    node.rssi(announce.nodeRssi());
-    node.hasRssi(true);
-  }
-  if (announce.hasNodeLqi()) {
-    node.rxLqi(announce.nodeLqi());
-    node.hasRxLqi(true);
-  }
-  if (announce.hasNodeRadioBars()) {
-    node.radioBars(announce.nodeRadioBars());
-    node.hasRadioBars(true);
-  }
-  if (announce.hasBatteryLevel()) {
-    node.batteryLevel(announce.batteryLevel());
-    node.hasBatteryLevel(true);
-  }
+  describe(node, announce);
   if (announce.hasApTable()) {
     std::list<AccessPoint> table;
     announce.apRouteTable(table);
@@ -190,7 +189,6 @@ MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
     node.setApTable(table);
     nameZaps(node);
   }
-  node.updateSignalStrength();
   return Outcome::TAKEN;
 }
 
@@ -227,12 +225,11 @@ MeshServer::Outcome MeshServer::answered(const RecordedFrame& frame) {
     if (response.status() != QX_ZDP_SUCCESS) return Outcome::HEARD;
     std::list<Hop> page;
     response.hops(page);
-    if (!pages.hops.take(response.totalNeighborTableEntriesOnDevice(), response.startIndex(), page)) {
-      return Outcome::TAKEN;
+    if (pages.hops.take(response.totalNeighborTableEntriesOnDevice(), response.startIndex(), page)) {
+      if (zap != nullptr) zap->setHopList(pages.hops.rows());
+      if (source != nullptr) source->setHopList(pages.hops.rows());
+      pages.hops = {};
     }
-    if (zap != nullptr) zap->setHopList(pages.hops.rows());
-    if (source != nullptr) source->setHopList(pages.hops.rows());
-    pages.hops = {};
     return Outcome::TAKEN;
   }
   if (frame.cluster == ZdoNetworkRtgResponse::COMMAND_ID) {
@@ -240,12 +237,11 @@ MeshServer::Outcome MeshServer::answered(const RecordedFrame& frame) {
     if (response.status() != QX_ZDP_SUCCESS) return Outcome::HEARD;
     std::list<Route> page;
     response.routes(page);
-    if (!pages.routes.take(response.totalRoutingTableEntriesOnDevice(), response.startIndex(), page)) {
-      return Outcome::TAKEN;
+    if (pages.routes.take(response.totalRoutingTableEntriesOnDevice(), response.startIndex(), page)) {
+      if (zap != nullptr) zap->setRoutes(pages.routes.rows());
+      if (source != nullptr) source->setMtoRouteList(pages.routes.rows());
+      pages.routes = {};
     }
-    if (zap != nullptr) zap->setRoutes(pages.routes.rows());
-    if (source != nullptr) source->setMtoRouteList(pages.routes.rows());
-    pages.routes = {};
     return Outcome::TAKEN;
   }
   return Outcome::HEARD;
@@ -404,10 +400,6 @@ const char* nameOf(MeshServer::Outcome outcome) {
       return "stranger";
   }
   return "";
-}
-
-BPosixTime localTimeOf(std::time_t seconds) {
-  return boost::date_time::c_local_adjustor<BPosixTime>::utc_to_local(boost::posix_time::from_time_t(seconds));
 }
 
 }  // namespace qx::app

@@ -25,8 +25,8 @@ namespace qx::app {
 /// short address that their tables of access points name, or 0, the coordinator's; or it announces itself as a
 /// coordinator. A node stays one, whatever others say.
 ///
-/// A short address has one owner, who spoke from it last. A node that lost its own has UNKNOWN_ADDRESS until it speaks
-/// again; an access point that lost its own is gone.
+/// A short address has one owner among the nodes, and one among the access points, who spoke from it last. A node that
+/// lost its own has UNKNOWN_ADDRESS until it speaks again; an access point that lost its own is gone.
 ///
 /// Frames may come late. What one tells of counts as of its time, but no earlier than what was counted last.
 class MeshServer {
@@ -36,7 +36,7 @@ class MeshServer {
 
   /// What became of a frame.
   enum class Outcome {
-    TAKEN,    ///< It changed a record, or was sent on.
+    TAKEN,    ///< It changed a record, or was handed on as metrics.
     HEARD,    ///< It says nothing that is kept, but that its node is there.
     BROKEN,   ///< It is not whole; nothing was changed.
     STRANGER  ///< Nobody knows its source, and it is no announcement, or there are MOST_NODES; nothing was changed.
@@ -119,8 +119,5 @@ class MeshServer {
 
 /// "taken", "heard", "broken", "stranger".
 const char* nameOf(MeshServer::Outcome outcome);
-
-/// The local time of `seconds` since 1970.
-BPosixTime localTimeOf(std::time_t seconds);
 
 }  // namespace qx::app

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "apps/vso/OpenFile.h"
 #include "apps/vso/mesh/savedMesh.h"
 
 namespace qx::app {
@@ -16,6 +17,8 @@ MeshState::MeshState(const std::string& folder, MeshServer& mesh) : folder_(fold
     SavedMesh saved = meshOfBytes(*bytes);
     mesh_.restore(std::move(saved.nodes), std::move(saved.zaps));
     saved_ = std::hash<std::string>()(*bytes);
+  } catch (const UnknownForm& error) {
+    throw FileError(file(), error.what());
   } catch (const BadMesh& error) {
     const std::string aside = folder_.setAside(FILE_NAME);
     std::cerr << "vso: " << file() << ": " << error.what() << "; it is kept as " << aside

@@ -16,7 +16,7 @@ class MeshState {
   static constexpr const char* FILE_NAME = "mesh.state";
 
   /// Restores `mesh` if the folder holds one. A file that does not read is kept aside, which standard error says; the
-  /// mesh is left as it is then. Throws as StateDirectory.
+  /// mesh is left as it is then. Throws as StateDirectory, also for a file in a form that is not known.
   MeshState(const std::string& folder, MeshServer& mesh);
 
   /// Fails as StateDirectory does, whose file then holds what it held.

@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::string_view BLANKS = " \t\r";
 constexpr long long LAST_ID = 0xFFFF;
-/// In the year 2106: what the library's messages can hold.
-constexpr long long LAST_TIME = 0xFFFFFFFF;
+/// In the year 2038: what the records hold when they are saved.
+constexpr long long LAST_TIME = 0x7FFFFFFF;
 
 /// Takes the first word off `text`.
 std::string takeWord(std::string_view& text) {
@@ -41,6 +41,11 @@ std::time_t parseTime(const std::string& word) {
 unsigned short parseId(const std::string& word) { return static_cast<unsigned short>(parseNumber(word, 0, LAST_ID)); }
 
 }  // namespace
+
+bool RecordedFrame::isToCome() const {
+  constexpr std::time_t AHEAD = 60;
+  return time > std::time(nullptr) + AHEAD;
+}
 
 std::optional<RecordedFrame> parseRecordedFrame(const std::string& line) {
   std::string_view text = std::string_view(line).substr(0, line.find('#'));

@@ -21,6 +21,10 @@ struct RecordedFrame {
   unsigned short profile = 0;
   unsigned short cluster = 0;
   U255Buff<unsigned char> bytes = {};
+
+  /// True if it comes later than another clock may be ahead of this one, a minute. A node would count as heard for as
+  /// long.
+  bool isToCome() const;
 };
 
 /// Reads a line "time euid short-address profile cluster hex", without its line end:

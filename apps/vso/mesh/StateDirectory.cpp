@@ -41,11 +41,13 @@ StateDirectory::StateDirectory(const std::string& path)
     throw FileError(path, "in use by another process, see " + fileOf("vso.pid"));
   }
   pid_.emplace(fileOf("vso.pid"), true);
+  // Of what it could not write it says nothing.
+  if (load("vso.pid").value_or("").empty()) throw FileError(fileOf("vso.pid"), "cannot be written");
 }
 
 std::optional<std::string> StateDirectory::load(const std::string& name) const {
   if (::access(fileOf(name).c_str(), F_OK) != 0 && errno == ENOENT) return std::nullopt;
-  return contentOf(fileOf(name));
+  return OpenFile(fileOf(name)).readAll();
 }
 
 void StateDirectory::save(const std::string& name, const std::string& content) const {
@@ -79,8 +81,6 @@ std::string StateDirectory::setAside(const std::string& name) const {
   }
 }
 
-std::string isStatePath(const std::string& text) { return text.empty() ? "an empty path" : std::string(); }
-
-std::string contentOf(const std::string& path) { return OpenFile(path).readAll(); }
+std::string faultOfStatePath(const std::string& text) { return text.empty() ? "an empty path" : std::string(); }
 
 }  // namespace qx::app

@@ -37,9 +37,6 @@ class StateDirectory {
 };
 
 /// Empty if a folder can have this path, otherwise why it cannot: a check of a command line's option.
-std::string isStatePath(const std::string& text);
-
-/// The content of any file. Throws as StateDirectory.
-std::string contentOf(const std::string& path);
+std::string faultOfStatePath(const std::string& text);
 
 }  // namespace qx::app

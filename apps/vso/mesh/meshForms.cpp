@@ -7,7 +7,6 @@
 
 #include "apps/vso/mesh/nodeWords.h"
 #include "qxresponse/JsonResponse.h"
-#include "qxshared/hexStr.h"
 #include "qxxml/XmlWriter.h"
 #include "vso/proto/NetworkHealthPBuf.pb.h"
 #include "vso/proto/ZigbeeNodePBuf.pb.h"
@@ -19,8 +18,6 @@ namespace {
 
 using qx::response::IResponse;
 using qx::response::JsonResponse;
-
-std::string hex16(unsigned short value) { return hexStr(value, sizeof value, true); }
 
 /// Opens a list of objects in `response`, and lets `put` fill one for each row.
 template <typename Rows, typename Put>
@@ -37,7 +34,7 @@ void putList(IResponse& response, const std::string& name, const Rows& rows, con
 
 void put(const ZigbeeNode& node, IResponse& response) {
   response.addString("euid", node.lid().toString());
-  response.addString("shortAddress", hex16(node.sid()));
+  response.addString("shortAddress", shortAddressOf(node));
   response.addString("label", node.label());
   response.addString("product", node.product());
   response.addString("firmware", node.fwVer());
@@ -58,21 +55,21 @@ void put(const ZigbeeNode& node, IResponse& response) {
   node.getHopList(hops);
   putList(response, "neighbours", hops, [&](const Hop& hop) {
     response.addString("euid", hop.neighbor_lid_.toString());
-    response.addString("shortAddress", hex16(hop.neighbor_));
+    response.addString("shortAddress", textOfAddress(hop.neighbor_));
     response.addInteger("lqi", hop.lqi_);
     response.addString("relationship", Hop::toStr(hop.relationship_));
   });
   std::list<Route> routes;
   node.getMtoRouteList(routes);
   putList(response, "routes", routes, [&](const Route& route) {
-    response.addString("destination", hex16(route.destination_));
-    response.addString("nextHop", hex16(route.next_hop_));
+    response.addString("destination", textOfAddress(route.destination_));
+    response.addString("nextHop", textOfAddress(route.next_hop_));
     response.addString("status", Route::toStr(route.route_status_));
   });
   std::list<AccessPoint> zaps;
   node.getApTable(zaps);
   putList(response, "accessPoints", zaps,
-          [&](const AccessPoint& zap) { response.addString("shortAddress", hex16(zap.destination_)); });
+          [&](const AccessPoint& zap) { response.addString("shortAddress", textOfAddress(zap.destination_)); });
 }
 
 template <typename Record>

@@ -7,7 +7,6 @@
 
 #include "apps/vso/cleanText.h"
 #include "apps/vso/mesh/nodeWords.h"
-#include "qxshared/hexStr.h"
 
 namespace qx::app {
 
@@ -41,7 +40,7 @@ Row rowOf(ZigbeeNode& node) {
   Row row;
   row.push_back({clipped(nameOf(node), LONGEST_NAME)});
   row.push_back({typeOf(node)});
-  row.push_back({hexStr(node.sid(), sizeof node.sid(), true)});
+  row.push_back({shortAddressOf(node)});
   row.push_back({barsOf(node)});
   row.push_back({presenceOf(node)});
   node.updateNetworkHealth();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "apps/vso/cleanText.h"
+#include "qxshared/hexStr.h"
 #include "vso/node/NetworkHealth.h"
 #include "vso/proto/ZigbeeNodePBuf.pb.h"
 
@@ -34,6 +35,10 @@ std::string nameOf(const ZigbeeNode& node) {
 }
 
 std::string typeOf(const ZigbeeNode& node) { return node.deviceTypeStr(); }
+
+std::string textOfAddress(unsigned short address) { return hexStr(address, sizeof address, true); }
+
+std::string shortAddressOf(const ZigbeeNode& node) { return textOfAddress(node.sid()); }
 
 std::string presenceOf(const ZigbeeNode& node) {
   if (!node.isOnline()) return "silent";

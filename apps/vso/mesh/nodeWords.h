@@ -14,6 +14,11 @@ std::string nameOf(const ZigbeeNode& node);
 /// "Router" and so on, as the library says it.
 std::string typeOf(const ZigbeeNode& node);
 
+/// "0x1a2b".
+std::string textOfAddress(unsigned short address);
+/// The same of the node's.
+std::string shortAddressOf(const ZigbeeNode& node);
+
 /// "online", "asleep" or "silent".
 std::string presenceOf(const ZigbeeNode& node);
 

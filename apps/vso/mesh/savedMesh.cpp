@@ -41,12 +41,11 @@ SavedMesh meshOfBytes(const std::string& bytes) {
   pb::MeshFilePBuf file;
   constexpr const char* NO_MESH = "it is no saved mesh, or has lost its end";
   if (!file.ParseFromString(bytes) || bytes.empty()) throw BadMesh(NO_MESH);
-  if (file.version() != VERSION) throw BadMesh("it has an unknown form, " + std::to_string(file.version()));
-  if (!file.has_checksum() || !file.has_mesh()) throw BadMesh(NO_MESH);
+  if (file.version() > VERSION) throw UnknownForm("it has an unknown form, " + std::to_string(file.version()));
+  if (file.version() < VERSION || !file.has_checksum() || !file.has_mesh()) throw BadMesh(NO_MESH);
   pb::MeshPBuf mesh;
-  if (checksumOf(file.mesh()) != file.checksum() || !mesh.ParseFromString(file.mesh())) {
-    throw BadMesh("its content does not match its checksum");
-  }
+  if (checksumOf(file.mesh()) != file.checksum()) throw BadMesh("its content does not match its checksum");
+  if (!mesh.ParseFromString(file.mesh())) throw BadMesh("its content is no mesh");
   SavedMesh saved;
   try {
     for (const qx::pb::ZigbeeNodePBuf& message : mesh.nodes()) {

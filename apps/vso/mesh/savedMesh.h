@@ -14,6 +14,12 @@ class BadMesh : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A mesh in a form that this program does not know: it is a later one's.
+class UnknownForm : public BadMesh {
+ public:
+  using BadMesh::BadMesh;
+};
+
 struct SavedMesh {
   MeshServer::Nodes nodes;
   MeshServer::Zaps zaps;
@@ -23,7 +29,7 @@ struct SavedMesh {
 /// std::runtime_error for more than a message holds, 2 GiB.
 std::string bytesOfMesh(const MeshServer::Nodes& nodes, const MeshServer::Zaps& zaps);
 
-/// Throws BadMesh.
+/// Throws BadMesh, or UnknownForm.
 SavedMesh meshOfBytes(const std::string& bytes);
 
 }  // namespace qx::app

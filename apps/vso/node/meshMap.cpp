@@ -20,7 +20,6 @@
 
 #include "apps/vso/OpenFile.h"
 #include "apps/vso/mesh/nodeWords.h"
-#include "qxshared/hexStr.h"
 
 namespace qx::app {
 
@@ -73,8 +72,6 @@ std::string labelOf(const std::vector<std::string>& lines) {
   for (const std::string& line : lines) label += (label.empty() ? "" : "\\n") + escaped(line);
   return '"' + label + '"';
 }
-
-std::string addressOf(unsigned short sid) { return hexStr(sid, sizeof sid, true); }
 
 const char* fillOf(const std::string& light) {
   if (light == "red") return "#f4a6a0";
@@ -197,7 +194,7 @@ std::string graphOf(MeshServer& mesh) {
       "  node [shape=box, style=\"rounded,filled\", fontname=\"sans-serif\", fontsize=11];\n"
       "  edge [fontname=\"sans-serif\", fontsize=9];\n";
   for (const auto& [euid, zap] : mesh.zaps()) {
-    std::vector<std::string> label{"access point", addressOf(zap.sid())};
+    std::vector<std::string> label{"access point", textOfAddress(zap.sid())};
     if (zap.coordinator()) label.insert(label.begin() + 1, "coordinator");
     graph += "  \"" + euid.toString() + "\" [label=" + labelOf(label) +
              ", shape=doubleoctagon, style=filled, fillcolor=\"#a9c8ea\"];\n";
@@ -205,7 +202,7 @@ std::string graphOf(MeshServer& mesh) {
   for (const auto& [euid, known] : mesh.nodes()) {
     ZigbeeNode& node = *mesh.node(euid);
     node.updateNetworkHealth();
-    graph += "  \"" + euid.toString() + "\" [label=" + labelOf({nameOf(node), addressOf(node.sid())}) +
+    graph += "  \"" + euid.toString() + "\" [label=" + labelOf({nameOf(node), shortAddressOf(node)}) +
              ", fillcolor=\"" + fillOf(worstLightOf(node)) + "\"" +
              (node.isOnline() ? "" : ", style=\"rounded,filled,dashed\"") + "];\n";
   }

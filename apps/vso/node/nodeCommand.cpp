@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "apps/vso/ExitStatus.h"
+#include "apps/vso/OpenFile.h"
 #include "apps/vso/colour.h"
 #include "apps/vso/mesh/MeshServer.h"
-#include "apps/vso/mesh/StateDirectory.h"
 #include "apps/vso/mesh/meshForms.h"
 #include "apps/vso/mesh/nodeTable.h"
 #include "apps/vso/mesh/savedMesh.h"
@@ -79,7 +79,7 @@ std::string textOf(MeshServer& mesh, const Options& options) {
 int show(const Options& options) try {
   Logger::setLevel(log4cplus::FATAL_LOG_LEVEL);
   MeshServer mesh(std::time(nullptr));
-  SavedMesh saved = meshOfBytes(contentOf(options.file));
+  SavedMesh saved = meshOfBytes(OpenFile(options.file).readAll());
   mesh.restore(std::move(saved.nodes), std::move(saved.zaps));
   mesh.look(std::time(nullptr));
   if (!options.map.empty()) drawGraph(graphOf(mesh), options.map);
@@ -100,7 +100,9 @@ void addNodeCommand(CLI::App& program, std::function<int()>& chosen) {
   command->add_flag("--health", options->health, "Print the health reports as one JSON object")
       ->excludes(json)
       ->excludes(xml);
-  command->add_option("--map", options->map, "Draw the mesh into this file")->option_text("FILE");
+  command->add_option("--map", options->map, "Draw the mesh into this file")
+      ->option_text("FILE")
+      ->check([](const std::string& file) { return file.empty() ? "an empty path" : std::string(); }, "");
   addColourOption(*command, options->colour);
   command->footer(HELP);
   command->callback([options, &chosen] { chosen = [options] { return show(*options); }; });

@@ -44,8 +44,10 @@ constexpr const char* HELP = R"(Lines:
   being the command: 3, the network status, tells of routes that failed.
 
 Times:
-  Health looks at the last hours and days. A recording is therefore moved in
-  time so that its last frame comes now, unless --as-recorded is given.
+  Health looks at the last hours and days. Recordings are therefore moved in
+  time so that the last frame comes now, unless --as-recorded is given. Name the
+  recordings of one mesh at once: of two that are replayed one by one into a
+  state, both end now.
 
 Output:
   A table of the nodes: name, type, short address, bars of signal, whether the
@@ -55,6 +57,7 @@ Output:
 Examples:
   vso replay monday.txt tuesday.txt
   vso replay --state home today.txt && vso node --map home.svg home/mesh.state
+  vso replay --state archive --as-recorded tuesday.txt
 
 Exit status:
   0  every line was replayed
@@ -90,6 +93,7 @@ class Replay {
     if (!options_.state.empty()) {
       progress.hide();  // the state may have something to complain of
       state.emplace(options_.state, mesh);
+      warnOfOverlap(extent.first + shift, lastContactIn(mesh));
     }
     forEachFrame(
         progress,
@@ -162,11 +166,13 @@ class Replay {
   }
 
   template <typename Use, typename Complain>
-  static void forFrameOf(const LineReader& reader, const Use& use, const Complain& complainOf) {
+  void forFrameOf(const LineReader& reader, const Use& use, const Complain& complainOf) const {
     try {
       if (reader.isTooLong()) throw BadArgument("the line is too long");
       std::optional<RecordedFrame> frame = parseRecordedFrame(reader.line());
-      if (frame) use(*frame);
+      if (!frame) return;
+      if (options_.asRecorded && frame->isToCome()) throw BadArgument("time: it is to come");
+      use(*frame);
     } catch (const BadArgument& error) {
       complainOf(reader.complaint(error.what()));
     }
@@ -177,6 +183,13 @@ class Replay {
     std::time_t last = 0;
     for (const auto& [euid, node] : mesh.nodes()) last = std::max(last, node.lastContact());
     return last;
+  }
+
+  /// What two recordings tell of is counted where both have been moved to.
+  void warnOfOverlap(std::time_t first, std::time_t last) const {
+    if (options_.asRecorded || last <= first) return;
+    std::cerr << "vso: " << options_.state << ": what it holds is told of times after the first frame, as both were "
+              << "moved to end now; name all recordings at once, or leave them --as-recorded\n";
   }
 
   void complain(const std::string& complaint) {
@@ -213,7 +226,7 @@ void addReplayCommand(CLI::App& program, std::function<int()>& chosen) {
       ->required();
   command->add_option("--state", options->state, "Go on from the mesh kept in this folder, and keep it there")
       ->option_text("DIR")
-      ->check(isStatePath, "");
+      ->check(faultOfStatePath, "");
   command->add_flag("--as-recorded", options->asRecorded, "Leave the times as they are");
   addColourOption(*command, options->colour);
   command->footer(HELP);

@@ -8,22 +8,19 @@
 #include <stdexcept>
 #include <utility>
 
+#include "apps/vso/cleanText.h"
 #include "apps/vso/encode/CommandRow.h"
 #include "apps/vso/encode/encodeCommand.h"
 #include "apps/vso/mesh/meshForms.h"
 #include "apps/vso/mesh/nodeWords.h"
 #include "apps/vso/textValues.h"
 #include "qxshared/cleanString.h"
-#include "qxshared/hexStr.h"
 
 namespace qx::app {
 
 namespace {
 
 constexpr const char* LINE_END = "\r\n";
-
-/// How far another clock may be ahead of this one, in seconds.
-constexpr std::time_t AHEAD = 60;
 
 std::string ok(const std::string& text = {}) { return (text.empty() ? "ok" : "ok " + text) + LINE_END; }
 
@@ -51,7 +48,7 @@ std::string inForm(const Record& record, const std::string& form) {
   if (form == "json") return ok(jsonOf(record));
   if (form == "xml") return block(xmlOf(record));
   if (form == "any") return ok(anyOf(record));
-  throw BadArgument("there is no form " + quoted(form) + ": json, xml or any");
+  throw BadArgument("there is no form " + inQuotes(form) + ": json, xml or any");
 }
 
 /// The command of a group by the names of both.
@@ -61,9 +58,9 @@ const CommandRow& rowOf(const std::string& groupName, const std::string& name) {
     for (const CommandRow& row : group.commands) {
       if (row.name == name) return row;
     }
-    throw BadArgument("the group " + groupName + " has no command " + quoted(name));
+    throw BadArgument("the group " + groupName + " has no command " + inQuotes(name));
   }
-  throw BadArgument("there is no group of commands " + quoted(groupName));
+  throw BadArgument("there is no group of commands " + inQuotes(groupName));
 }
 
 const Argument* argumentOf(const CommandRow& row, const std::string& name) {
@@ -77,10 +74,10 @@ const Argument* argumentOf(const CommandRow& row, const std::string& name) {
 Arguments::Values valuesOf(const CommandRow& row, const std::vector<std::string>& words, std::size_t at) {
   Arguments::Values values;
   for (; at < words.size(); ++at) {
-    if (words[at].rfind("--", 0) != 0) throw BadArgument(quoted(words[at]) + " is no argument's name");
+    if (words[at].rfind("--", 0) != 0) throw BadArgument(inQuotes(words[at]) + " is no argument's name");
     const std::string name = words[at].substr(2);
     const Argument* const argument = argumentOf(row, name);
-    if (argument == nullptr) throw BadArgument(quoted(words[at]) + " is not known");
+    if (argument == nullptr) throw BadArgument(inQuotes(words[at]) + " is not known");
     std::vector<std::string>& given = values[name];
     if (!given.empty() && !argument->isRepeated) throw BadArgument("--" + name + " is given twice");
     if (argument->kind == ArgumentKind::FLAG) {
@@ -136,7 +133,7 @@ std::string LineCommands::answer(const std::string& line) try {
     }
     return (this->*command.answer)(words);
   }
-  return error("there is no command " + quoted(name) + ": say help");
+  return error("there is no command " + inQuotes(name) + ": say help");
 } catch (const std::exception& failure) {
   return error(cleanString(failure.what()));
 }
@@ -148,8 +145,7 @@ std::string LineCommands::frame(const Words& words) {
   for (const std::string& word : words) line += word + ' ';
   const std::optional<RecordedFrame> frame = parseRecordedFrame(line);
   if (!frame) return error("an empty line");
-  // Its node would count as heard for as long, and nothing of before would.
-  if (frame->time > std::time(nullptr) + AHEAD) return error("time: " + std::to_string(frame->time) + " is to come");
+  if (frame->isToCome()) return error("time: " + std::to_string(frame->time) + " is to come");
   return ok(nameOf(mesh_.take(*frame)));
 }
 
@@ -157,8 +153,7 @@ std::string LineCommands::nodes(const Words& /*words*/) {
   mesh_.look(std::time(nullptr));
   std::string lines;
   for (const auto& [euid, node] : mesh_.nodes()) {
-    lines += euid.toString() + ' ' + hexStr(node.sid(), sizeof node.sid(), true) + ' ' + presenceOf(node) + ' ' +
-             nameOf(node) + '\n';
+    lines += euid.toString() + ' ' + shortAddressOf(node) + ' ' + presenceOf(node) + ' ' + nameOf(node) + '\n';
   }
   return block(lines);
 }
@@ -182,7 +177,7 @@ std::string LineCommands::reset(const Words& words) {
                     ZigbeeNode::ORF_CUMULATIVE_COUNT};
   for (const std::string& name : names) {
     if (std::find(known.begin(), known.end(), name) == known.end()) {
-      return error("there is no counter " + quoted(name) + ": " + known[0] + ", " + known[1] + " or " + known[2]);
+      return error("there is no counter " + inQuotes(name) + ": " + known[0] + ", " + known[1] + " or " + known[2]);
     }
   }
   node.resetHealthCounters(names);
@@ -195,9 +190,10 @@ std::string LineCommands::label(const Words& words) {
   ZigbeeNode& node = nodeOf(words[0]);
   constexpr std::size_t LONGEST = 64;
   if (label.size() > LONGEST) {
-    return error(quoted(label) + " has " + std::to_string(label.size()) + " bytes, and there is room for " +
+    return error(inQuotes(label) + " has " + std::to_string(label.size()) + " bytes, and there is room for " +
                  std::to_string(LONGEST));
   }
+  if (cleanText(label) != label) return error(inQuotes(label) + " is no text in UTF-8, or controls what shows it");
   node.label(label);
   return ok();
 }

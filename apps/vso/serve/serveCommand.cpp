@@ -1,15 +1,13 @@
 #include "apps/vso/serve/serveCommand.h"
 
 #include <log4cplus/loglevel.h>
-#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <boost/asio/error.hpp>
 #include <boost/asio/ip/address.hpp>
+#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <boost/smart_ptr/make_shared.hpp>
+#include <boost/smart_ptr/shared_ptr.hpp>
 #include <chrono>
 #include <csignal>
 #include <cstddef>
@@ -25,24 +23,22 @@
 #include "apps/vso/ExitStatus.h"
 #include "apps/vso/mesh/MeshServer.h"
 #include "apps/vso/mesh/MeshState.h"
+#include "apps/vso/serve/Clients.h"
 #include "apps/vso/serve/LineCommands.h"
 #include "apps/vso/textValues.h"
 #include "qxlogger/Logger.h"
-#include "qxnet/TCPConnection.h"
 #include "vso/connectors/QxMetricsClient.h"
-#include "vso/connectors/QxnetClient.h"
 #include "vso/connectors/QxnetServer.h"
 
 namespace qx::app {
 
 namespace {
 
-constexpr const char* DELIMITER = "\r\n";
-
 constexpr const char* HELP = R"(Protocol:
   Lines that end with CR LF, each answered in turn by "ok", "ok TEXT", "error
   TEXT", or "block N" and N lines more. Lines without a byte are passed over. A
-  line above 64 KiB ends its connection.
+  line above 64 KiB ends its connection. Who reads slowly is waited for. There
+  are at most 200 clients.
 
 )";
 
@@ -73,80 +69,21 @@ struct Options {
   bool metrics = false;
 };
 
-struct Place {
-  boost::asio::ip::address address;
-  unsigned short port = 0;
-};
+using Place = boost::asio::ip::tcp::endpoint;
 
 /// "127.0.0.1:7410" or "[::1]:7410". Throws BadArgument.
 Place placeOf(const std::string& text) {
   const std::size_t colon = text.rfind(':');
-  if (colon == std::string::npos) throw BadArgument(quoted(text) + " is no address and port");
+  if (colon == std::string::npos) throw BadArgument(inQuotes(text) + " is no address and port");
   std::string address = text.substr(0, colon);
   if (address.size() > 2 && address.front() == '[' && address.back() == ']')
     address = address.substr(1, address.size() - 2);
-  Place place;
   boost::system::error_code error;
-  place.address = boost::asio::ip::make_address(address, error);
-  if (error) throw BadArgument(qx::app::quoted(address) + " is no address");
+  const boost::asio::ip::address parsed = boost::asio::ip::make_address(address, error);
+  if (error) throw BadArgument(inQuotes(address) + " is no address");
   constexpr long long LAST_PORT = 65535;
-  place.port = static_cast<unsigned short>(parseNumber(text.substr(colon + 1), 0, LAST_PORT));
-  return place;
+  return {parsed, static_cast<unsigned short>(parseNumber(text.substr(colon + 1), 0, LAST_PORT))};
 }
-
-/// Hands the lines of all clients to the commands, and their answers back.
-class Clients : public QxnetClient {
- public:
-  explicit Clients(LineCommands& commands) : commands_(commands), most_(mostClients()) {}
-
-  void handleData(QxnetTcpConnectionPtr connection, const std::string& data) override {
-    // Who does not read the answers has enough questions.
-    if (connection->asyncWrite(commands_.answer(data))) connection->close();
-  }
-  void handleState(QxnetTcpConnectionPtr connection, QxnetConnectionState state, QxnetConnectionState previousState,
-                   QxnetConnectionOperation /*operation*/, const BErrorCode& /*error*/) override {
-    if (state == net::stream::CONNECTION_CLOSED && previousState != net::stream::CONNECTION_OPENING) --count_;
-    if (state != net::stream::CONNECTION_OPEN) return;
-    if (++count_ > most_) {
-      connection->close();
-      return;
-    }
-    QxnetServer::commonSocketOptions(connection);
-    connection->asyncReadUntil(DELIMITER);
-  }
-
-  /// Of the clients of a server that is gone nothing more is heard.
-  void forgetAll() { count_ = 0; }
-
- private:
-  /// A server that has no descriptor left for a connection accepts no more, so it does not come to that.
-  static std::size_t mostClients() {
-    constexpr rlim_t MOST = 200;
-    rlimit descriptors{};
-    if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) return MOST;
-    return std::min(MOST, descriptors.rlim_cur / 2);
-  }
-
-  LineCommands& commands_;
-  const std::size_t most_;
-  std::size_t count_ = 0;
-};
-
-/// Tells of an accept that failed, after which the library accepts no more.
-class Listener : public QxnetServer {
- public:
-  Listener(boost::asio::io_context& context, const Place& place, QxnetClient& client, std::function<void()> hasFailed)
-      : QxnetServer(context, place.address, place.port, client), hasFailed_(std::move(hasFailed)) {}
-
- protected:
-  void handleAccept(const BErrorCode& error) override {
-    QxnetServer::handleAccept(error);
-    if (error && error != boost::asio::error::operation_aborted) hasFailed_();
-  }
-
- private:
-  std::function<void()> hasFailed_;
-};
 
 class Serving {
  public:
@@ -155,9 +92,9 @@ class Serving {
         mesh_(std::time(nullptr)),
         state_(options.state, mesh_),
         commands_(mesh_, [this] { state_.save(); }),
-        clients_(commands_),
+        clients_(mesh_.context(), commands_),
         place_(placeOf(options.listen)),
-        server_(listenerAt(place_)),
+        server_(newServer()),
         end_(mesh_.context(), SIGTERM, SIGINT, SIGHUP),
         nextSave_(mesh_.context()),
         nextStart_(mesh_.context()) {}
@@ -169,20 +106,17 @@ class Serving {
       QxMetricsClient::instance().initializeDataLakeConnection(
           boost::shared_ptr<boost::asio::io_context>(&mesh_.context(), [](auto* /*context*/) {}));
     }
-    // The library would say of a place that is taken what is said here.
+    // Of what clients send, and of a place that is taken, the library says what is said here.
     Logger::setLevel(log4cplus::FATAL_LOG_LEVEL);
     if (const BErrorCode error = server_->start()) {
       std::cerr << "vso: cannot listen at " << options_.listen << ": " << error.message() << "\n";
       return ExitStatus::TROUBLE;
     }
-    // What clients send is answered to them; the library's warnings of it would fill the log.
-    Logger::setLevel(log4cplus::ERROR_LOG_LEVEL);
-    place_.port = server_->endpoint().port();
-    if (!place_.address.is_loopback()) {
-      std::cerr << "vso: whoever reaches " << server_->endpoint() << " can change the mesh\n";
-    }
-    std::cout << "listening at " << server_->endpoint() << (place_.address.is_loopback() ? " (this machine alone)" : "")
-              << ", state in " << state_.file() << ", " << mesh_.nodes().size() << " nodes" << std::endl;
+    place_ = server_->endpoint();
+    const bool isAlone = place_.address().is_loopback();
+    if (!isAlone) std::cerr << "vso: whoever reaches " << place_ << " can change the mesh\n";
+    std::cout << "listening at " << place_ << (isAlone ? " (this machine alone)" : "") << ", state in " << state_.file()
+              << ", " << mesh_.nodes().size() << " nodes" << std::endl;
     end_.async_wait([this](const BErrorCode& /*error*/, int /*signal*/) {
       server_->stop();
       nextSave_.cancel();
@@ -201,8 +135,11 @@ class Serving {
   }
 
  private:
-  boost::shared_ptr<QxnetServer> listenerAt(const Place& place) {
-    return boost::make_shared<Listener>(mesh_.context(), place, clients_, [this] { startLater(); });
+  boost::shared_ptr<QxnetServer> newServer() {
+    return clients_.serverAt(place_, [this](const BErrorCode& error) {
+      std::cerr << "vso: cannot accept: " << error.message() << "; listening anew\n";
+      startLater();
+    });
   }
 
   /// Whatever an accept lacked may be there again in a moment. The clients have to come again too.
@@ -211,8 +148,7 @@ class Serving {
     nextStart_.async_wait([this](const BErrorCode& error) {
       if (error) return;
       server_->stop();
-      server_ = listenerAt(place_);
-      clients_.forgetAll();
+      server_ = newServer();
       if (server_->start()) startLater();
     });
   }
@@ -253,7 +189,7 @@ int serve(const Options& options) {
 }
 
 /// Empty if the text names a place to listen at, otherwise why it does not.
-std::string isPlace(const std::string& text) {
+std::string faultOfPlace(const std::string& text) {
   try {
     static_cast<void>(placeOf(text));
     return {};
@@ -279,15 +215,15 @@ void addServeCommand(CLI::App& program, std::function<int()>& chosen) {
   command->add_option("--state", options->state, "Folder in which the mesh is kept")
       ->option_text("DIR REQUIRED")
       ->required()
-      ->check(isStatePath, "");
+      ->check(faultOfStatePath, "");
   command->add_option("--listen", options->listen, "127.0.0.1:7410 unless given; port 0 for any that is free")
       ->option_text("ADDRESS:PORT")
-      ->check(isPlace, "");
+      ->check(faultOfPlace, "");
   constexpr unsigned int A_DAY = 86'400;
   command->add_option("--save-every", options->saveEvery, "Seconds between two savings, 300 unless given")
       ->option_text("SECONDS")
       ->check(CLI::Range(1U, A_DAY));
-  command->add_flag("--metrics", options->metrics, "Send the metrics of reports on");
+  command->add_flag("--metrics", options->metrics, "Send the metrics of reports on, as vso decode does");
   command->footer(HELP + indented(LineCommands::usage()) + EXAMPLES);
   command->callback([options, &chosen] { chosen = [options] { return serve(*options); }; });
 }

@@ -64,10 +64,19 @@ TEST(textValues, OctetsAreTwoDigitsEach) {
 }
 
 TEST(textValues, AQuotedTextIsShortAndObeyedByNoTerminal) {
-  EXPECT_EQ(quoted("a b"), "\"a b\"");
-  EXPECT_EQ(quoted("\x1b[31m\n"), "\"\\x1b[31m\\n\"");
-  EXPECT_EQ(quoted(std::string(40, 'x')), '"' + std::string(40, 'x') + '"');
-  EXPECT_EQ(quoted(std::string(41, 'x')), '"' + std::string(40, 'x') + "...\"");
+  EXPECT_EQ(inQuotes("a b"), "\"a b\"");
+  EXPECT_EQ(inQuotes("\x1b[31m\n"), "\"\\x1b[31m\\n\"");
+  EXPECT_EQ(inQuotes("K\xc3\xbc"
+                     "che \xff"),
+            "\"K\xc3\xbc"
+            "che \\xff\"");
+  std::string umlauts;
+  for (int i = 0; i < 40; ++i) umlauts += "\xc3\xbc";
+  EXPECT_EQ(inQuotes(umlauts), '"' + umlauts + '"');
+  EXPECT_EQ(inQuotes(umlauts + "x"), '"' + umlauts + "...\"");
+  EXPECT_EQ(inQuotes(std::string(1'000'000, 'x')).size(), 45U);
+  EXPECT_EQ(inQuotes(std::string(40, 'x')), '"' + std::string(40, 'x') + '"');
+  EXPECT_EQ(inQuotes(std::string(41, 'x')), '"' + std::string(40, 'x') + "...\"");
 }
 
 TEST(textValues, ARefusalQuotesTheText) {

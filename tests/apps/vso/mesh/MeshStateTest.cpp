@@ -173,6 +173,34 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"Text", [](std::string) { return std::string("hello\n"); }}),
     [](const auto& row) { return row.param.name; });
 
+TEST(MeshState, AMeshInALaterFormIsRefusedAndStays) {
+  const TemporaryDirectory scratch;
+  MeshServer mesh(0);
+  fill(mesh, 2, 9);
+  std::string bytes = bytesOf(mesh);
+  ASSERT_EQ(bytes.substr(0, 2), "\x08\x01");
+  bytes[1] = 2;
+  scratch.file("mesh.state", bytes);
+  MeshServer later(0);
+  try {
+    const MeshState state(scratch.path(), later);
+    ADD_FAILURE() << "it was taken";
+  } catch (const std::runtime_error& error) {
+    EXPECT_EQ(error.what(), scratch.path("mesh.state") + ": it has an unknown form, 2");
+  }
+  EXPECT_EQ(test::contentOf(scratch.path("mesh.state")), bytes);
+  EXPECT_FALSE(std::filesystem::exists(scratch.path("mesh.state.damaged-1")));
+  EXPECT_TRUE(later.nodes().empty());
+}
+
+TEST(MeshState, KeepsTheLastTimeThatAFrameMayHave) {
+  MeshServer mesh(0);
+  mesh.take(frameOf(announcementOf(LAMP, 1, "2147483647")));
+  const SavedMesh saved = meshOfBytes(bytesOf(mesh));
+  ASSERT_EQ(saved.nodes.size(), 1u);
+  EXPECT_EQ(saved.nodes.begin()->second.lastContact(), 2147483647);
+}
+
 TEST(MeshState, EveryBeginningOfAFileIsDamaged) {
   MeshServer mesh(0);
   fill(mesh, 2, 9);

@@ -197,6 +197,16 @@ TEST_F(StateDirectoryCalls, ALockThatIsRefusedIsAnothersOnlyIfTheSystemSaysSo) {
             scratch_.path("state") + ": in use by another process, see " + scratch_.path("state/vso.pid"));
 }
 
+TEST_F(StateDirectoryCalls, AProcessIdThatIsNotWrittenIsTold) {
+  const auto take = [&] { const StateDirectory folder(scratch_.path("state")); };
+  take();
+  EXPECT_EQ(watch(take), "");
+  const auto number =
+      static_cast<int>(std::find(Calls::made.begin(), Calls::made.end(), "write vso.pid") - Calls::made.begin());
+  ASSERT_LT(number, static_cast<int>(Calls::made.size()));
+  EXPECT_EQ(watch(take, number, ENOSPC), scratch_.path("state/vso.pid") + ": cannot be written");
+}
+
 TEST_F(StateDirectoryCalls, AnOldNameGoesWhenTheNewOneIsOnTheDisk) {
   const StateDirectory folder(scratch_.path("state"));
   folder.save("mesh", "damaged");

@@ -176,6 +176,8 @@ TEST_F(SavedMeshTest, IsRefusedIfItIsSomethingElse) {
 
 TEST_F(SavedMeshTest, IsRefusedInAFormOfTheFuture) {
   EXPECT_EQ(refusalOf(fileOf("", 2)), "it has an unknown form, 2");
+  EXPECT_THROW(meshOfBytes(fileOf("", 2)), UnknownForm) << "a later one";
+  EXPECT_EQ(refusalOf(fileOf("", 0)), LOST) << "nobody's";
   EXPECT_EQ(refusalOf(fileOf("", 4294967295)), "it has an unknown form, 4294967295");
   EXPECT_EQ(refusalOf(fileOf("", 1)), "taken");
 }
@@ -190,7 +192,7 @@ TEST_F(SavedMeshTest, IsRefusedIfItsChecksumIsWrong) {
   file.clear_mesh();
   file.set_checksum(0);
   EXPECT_EQ(refusalOf(file.SerializeAsString()), LOST) << "zero is the checksum of no content, and there is none";
-  EXPECT_EQ(refusalOf(fileOf("\xFF\xFF")), "its content does not match its checksum") << "content that is no message";
+  EXPECT_EQ(refusalOf(fileOf("\xFF\xFF")), "its content is no mesh") << "but has its checksum";
 }
 
 TEST_F(SavedMeshTest, HasTheChecksumOfEthernet) {

@@ -169,6 +169,12 @@ TEST_F(NodeCommand, DrawsAMapWhoseNameBeginsWithADash) {
   EXPECT_THAT(contentOf(folder_.path("-v.svg")), HasSubstr("<svg"));
 }
 
+TEST_F(NodeCommand, RefusesAMapWithoutAPath) {
+  const Outcome outcome = node({"--map", ""});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "vso: --map: an empty path\nTry 'vso node --help'.\n");
+}
+
 TEST_F(NodeCommand, PrintsNothingIfTheMapFails) {
   const Outcome outcome = node({"--map", folder_.path("map.bmp")});
   EXPECT_EQ(outcome.status, 1);

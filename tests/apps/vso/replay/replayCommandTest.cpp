@@ -214,8 +214,8 @@ TEST(ReplayCommand, StandsTimesThatLieFarApart) {
   const std::string ids = " 0017880100a00010 0x1c02 ";
   const test::TemporaryFile file("0" + ids + "0xc25f 1 18 05 0a 06 00 21 01 00\n" +  //
                                  "0" + ids + "0xffff 3 0c 00 00\n" +                 //
-                                 "4294967295" + ids + "0xffff 3 0c 00 00\n" +        //
-                                 "4294967295" + ids + "0xc25f 1 18 05 0a 06 00 21 03 00\n");
+                                 "1700000000" + ids + "0xffff 3 0c 00 00\n" +        //
+                                 "1700000000" + ids + "0xc25f 1 18 05 0a 06 00 21 03 00\n");
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{file.name()}, {"--as-recorded", file.name()}}) {
     const Outcome outcome = replay(arguments);
@@ -265,6 +265,32 @@ TEST(ReplayCommand, LooksAtSilenceFromTheNewestContactOnBesideAnOlderRecording) 
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(lineWith(outcome.out, "0x1c02"), HasSubstr(" silent "));
   EXPECT_THAT(lineWith(outcome.out, "0x0002"), HasSubstr(" online "));
+}
+
+TEST(ReplayCommand, WarnsOfDaysThatFallOnOneAnother) {
+  const TemporaryDirectory folder;
+  const std::string state = folder.path("state");
+  const std::string day = folder.file("day", boot(0, 1) + boot(3600, 2));
+  const std::string next = folder.file("next", boot(86400, 3) + boot(90000, 4));
+  EXPECT_EQ(replay({"--state", state, day}).err, "");
+  const Outcome outcome = replay({"--state", state, next});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "vso: " + state +
+                             ": what it holds is told of times after the first frame, as both were moved to end now; "
+                             "name all recordings at once, or leave them --as-recorded\n");
+  const std::string recorded = folder.path("recorded");
+  EXPECT_EQ(replay({"--state", recorded, "--as-recorded", day}).err, "");
+  EXPECT_EQ(replay({"--state", recorded, "--as-recorded", next}).err, "");
+}
+
+TEST(ReplayCommand, LeavesOutWhatIsToComeUnlessItIsMoved) {
+  const std::string later = std::to_string(std::time(nullptr) + 3600) + " 0017880100a00010 0x1c02 6 6 180501\n";
+  const test::TemporaryFile file(boot(0, 1) + later);
+  const Outcome outcome = replay({"--as-recorded", file.name()});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, file.name() + ":2: time: it is to come\n");
+  EXPECT_EQ(endsOf(outcome.out).back(), "1 nodes, 0 access points; 1 frames, of which 0 broken and 0 from strangers");
+  EXPECT_EQ(replay({file.name()}).status, 0);
 }
 
 TEST(ReplayCommand, RefusesAStateWithoutAPath) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <boost/beast/core/detail/base64.hpp>
+#include <cctype>
 #include <ctime>
 #include <nlohmann/json.hpp>
 #include <random>
@@ -148,8 +149,8 @@ INSTANTIATE_TEST_SUITE_P(
     OfFrames, LineCommandsErrors,
     testing::Values(
         Said{"Time", "frame soon " + LAMP + " 1 1 1 00", "error time: \"soon\" is no number\r\n"},
-        Said{"LateTime", "frame 4294967296 " + LAMP + " 1 1 1 00",
-             "error time: \"4294967296\" is out of range, 0..0xffffffff\r\n"},
+        Said{"LateTime", "frame 2147483648 " + LAMP + " 1 1 1 00",
+             "error time: \"2147483648\" is out of range, 0..0x7fffffff\r\n"},
         Said{"Euid", "frame now 12 1 1 1 00", "error euid: \"12\" has 2 digits, an address has 16\r\n"},
         Said{"Short", "frame now " + LAMP + " 65536 1 1 00",
              "error short address: \"65536\" is out of range, 0..65535\r\n"},
@@ -245,7 +246,7 @@ TEST_F(LineCommandsTest, FrameIsNotToCome) {
   EXPECT_EQ(say("frame " + announcementOf(LAMP, 8, std::to_string(soon))), "ok taken\r\n");
   const std::string later = std::to_string(soon + 60);
   EXPECT_EQ(say("frame " + announcementOf(LAMP, 9, later)), "error time: " + later + " is to come\r\n");
-  EXPECT_EQ(say("frame " + announcementOf(LAMP, 9, "4294967295")), "error time: 4294967295 is to come\r\n");
+  EXPECT_EQ(say("frame " + announcementOf(LAMP, 9, "2147483647")), "error time: 2147483647 is to come\r\n");
   EXPECT_EQ(lamp().bootCount(), 8u);
   EXPECT_EQ(lamp().lastContact(), soon);
 }
@@ -264,17 +265,25 @@ TEST(LineCommands, NodesOfAnEmptyMeshAreABlockOfNone) {
   EXPECT_EQ(commands.answer("nodes"), "block 0\r\n");
 }
 
-TEST_F(LineCommandsTest, LabelsOfEveryByteAreShownInOneLine) {
-  for (int first = 0; first < 256; first += 32) {
-    std::string label = "a";
-    for (int byte = first; byte < first + 32; ++byte) label += static_cast<char>(byte);
-    EXPECT_EQ(say("label " + LAMP + " " + label + "b"), "ok\r\n");
-    for (const std::string& question :
-         {std::string("nodes"), "node " + LAMP, "node " + LAMP + " xml", "node " + LAMP + " any"}) {
-      const std::string answer = say(question);
-      EXPECT_EQ(faultOf(answer), "") << question;
-      EXPECT_THAT(answer, testing::Not(StartsWith("error"))) << question;
-    }
+TEST_F(LineCommandsTest, LabelIsTextInUtf8) {
+  const std::string kitchen =
+      "K\xc3\xbc"
+      "che \"\\'<&>";
+  EXPECT_EQ(say("label " + LAMP + " " + kitchen), "ok\r\n");
+  EXPECT_EQ(lamp().label(), kitchen);
+  EXPECT_EQ(say("nodes"), "block 1\r\n" + LAMP + " 0x1a2b online " + kitchen + "\r\n");
+  for (const char* const form : {"json", "xml", "any"}) {
+    const std::string answer = say("node " + LAMP + " " + form);
+    EXPECT_EQ(faultOf(answer), "") << form;
+    EXPECT_THAT(answer, testing::Not(StartsWith("error"))) << form;
+  }
+  for (int byte = 0; byte < 256; ++byte) {
+    const char c = static_cast<char>(byte);
+    if ((c > ' ' && c <= '~') || std::isspace(byte) != 0) continue;
+    const std::string answer = say("label " + LAMP + " a" + c + "b");
+    EXPECT_EQ(faultOf(answer), "") << byte;
+    EXPECT_THAT(answer, testing::EndsWith(" is no text in UTF-8, or controls what shows it\r\n")) << byte;
+    EXPECT_EQ(lamp().label(), kitchen) << byte;
   }
 }
 
