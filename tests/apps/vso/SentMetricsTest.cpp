@@ -1,11 +1,14 @@
-// `vso decode --metrics` as a process, with a gateway at the port that is built in.
+// `vso decode --metrics` and `vso serve --metrics` as processes, with a gateway at the port that is built in.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <string>
 #include <vector>
 
+#include "serve/ServeProcess.h"
 #include "support/ProgramRunner.h"
+#include "support/TemporaryDirectory.h"
 #include "support/UdpReceiver.h"
 #include "vso/zcl/getHostName.h"
 
@@ -74,6 +77,31 @@ TEST_F(SentMetrics, LeaveTheOutputAsItIs) {
   EXPECT_EQ(outcome_.out, without);
   EXPECT_THAT(without, HasSubstr(R"("rows":[{"name":"temp","value":"21"}])"));
 }
+
+/// What comes while a server takes a report of a node, and then the end.
+class ServedMetrics : public SentMetrics {
+ protected:
+  std::vector<std::string> served(const std::vector<std::string>& more) {
+    const test::TemporaryDirectory folder;
+    std::vector<std::string> arguments{"--listen", "127.0.0.1:0", "--state", folder.path()};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    test::ServeProcess server(arguments);
+    test::LineClient client(server.port());
+    const std::string node = "frame now 00112233445566aa 0x1c02 ";
+    EXPECT_EQ(client.ask(node + "0xc25f 1 18050a00002002"), "ok taken\r\n");
+    EXPECT_EQ(client.ask(node + "0x0104 0x0b05 18050a1e01420474656d701f012015"), "ok taken\r\n");
+    server.signal(SIGTERM);
+    EXPECT_EQ(server.status(), 0);
+    EXPECT_EQ(server.errors(), "");
+    return received({"decode"}, "");
+  }
+};
+
+TEST_F(ServedMetrics, GoToTheGateway) {
+  EXPECT_THAT(served({"--metrics"}), ElementsAre(metric("vso", "00112233445566aa")));
+}
+
+TEST_F(ServedMetrics, AreNoneUnlessAskedFor) { EXPECT_THAT(served({}), IsEmpty()); }
 
 TEST_F(SentMetrics, NeedNobodyAtTheGateway) {
   gateway_.close();

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <boost/asio/ip/address.hpp>
-#include <boost/smart_ptr/make_shared.hpp>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -23,10 +22,9 @@
 #include "apps/vso/mesh/MeshPBuf.pb.h"
 #include "apps/vso/mesh/RecordedFrame.h"
 #include "apps/vso/mesh/savedMesh.h"
+#include "apps/vso/serve/Clients.h"
 #include "apps/vso/serve/LineCommands.h"
 #include "qxlogger/Logger.h"
-#include "qxnet/TCPConnection.h"
-#include "vso/connectors/QxnetClient.h"
 #include "vso/connectors/QxnetServer.h"
 #include "vso/mesh/AccessPoint.h"
 #include "vso/zcl/QxZclAnnounce.h"
@@ -117,24 +115,6 @@ void MeshDay(benchmark::State& state) {
 }
 BENCHMARK(MeshDay);
 
-/// The commands on the lines of all connections, as `vso serve` has it.
-class Answers : public qx::QxnetClient {
- public:
-  explicit Answers(LineCommands& commands) : commands_(commands) {}
-
-  void handleData(qx::QxnetTcpConnectionPtr connection, const std::string& data) override {
-    if (connection->asyncWrite(commands_.answer(data))) std::abort();
-  }
-  void handleState(qx::QxnetTcpConnectionPtr connection, qx::QxnetConnectionState state,
-                   qx::QxnetConnectionState /*previous*/, qx::QxnetConnectionOperation /*operation*/,
-                   const qx::BErrorCode& /*error*/) override {
-    if (state == qx::net::stream::CONNECTION_OPEN) connection->asyncReadUntil("\r\n");
-  }
-
- private:
-  LineCommands& commands_;
-};
-
 /// Sends the whole day in one go, and reads all its answers.
 void ServedMeshDay(benchmark::State& state) {
   const Day& day = meshDay();
@@ -142,9 +122,8 @@ void ServedMeshDay(benchmark::State& state) {
   for (const std::string& line : day.lines) lines += "frame " + line + "\r\n";
   MeshServer mesh(day.frames.front().time);
   LineCommands commands(mesh, [] {});
-  Answers answers(commands);
-  const auto server =
-      boost::make_shared<qx::QxnetServer>(mesh.context(), boost::asio::ip::address_v4::loopback(), 0, answers);
+  qx::app::Clients clients(mesh.context(), commands);
+  const auto server = clients.serverAt({boost::asio::ip::address_v4::loopback(), 0}, [](const qx::BErrorCode&) {});
   if (server->start()) std::abort();
   sockaddr_in place{};
   place.sin_family = AF_INET;
