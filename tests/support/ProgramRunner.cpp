@@ -101,14 +101,6 @@ class Scratch {
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
 };
 
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> all;
-  all.reserve(texts.size() + 1);
-  for (std::string& text : texts) all.push_back(text.data());
-  all.push_back(nullptr);
-  return all;
-}
-
 pid_t spawn(const Start& start, int input, int output, int error) {
   std::vector<std::string> arguments{VSO_PROGRAM};
   arguments.insert(arguments.end(), start.arguments.begin(), start.arguments.end());
@@ -159,6 +151,14 @@ Outcome runAndRead(Descriptor& output, const Descriptor& reader, const Start& st
 }
 
 }  // namespace
+
+std::vector<char*> pointers(std::vector<std::string>& words) {
+  std::vector<char*> all;
+  all.reserve(words.size() + 1);
+  for (std::string& word : words) all.push_back(word.data());
+  all.push_back(nullptr);
+  return all;
+}
 
 Outcome runProgram(const Start& start) {
   Pipe output;

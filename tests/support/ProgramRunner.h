@@ -21,6 +21,9 @@ struct Start {
   std::vector<std::string> environment = {};
 };
 
+/// The words as the system's calls take them: pointers into them, and a null.
+std::vector<char*> pointers(std::vector<std::string>& words);
+
 /// Standard output is a pipe that is read to its end.
 Outcome runProgram(const Start& start);
 /// Standard output is a terminal.

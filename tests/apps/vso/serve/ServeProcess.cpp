@@ -9,19 +9,9 @@
 #include <cerrno>
 #include <stdexcept>
 
+#include "support/ProgramRunner.h"
+
 namespace qx::test {
-
-namespace {
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> all;
-  all.reserve(texts.size() + 1);
-  for (std::string& text : texts) all.push_back(text.data());
-  all.push_back(nullptr);
-  return all;
-}
-
-}  // namespace
 
 ServeProcess::ServeProcess(const std::vector<std::string>& arguments) {
   std::vector<std::string> words{VSO_PROGRAM, "serve"};
