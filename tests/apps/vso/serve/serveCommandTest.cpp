@@ -280,6 +280,13 @@ TEST_P(ServeEnd, BySignalSavesAndLeavesNobodyWaiting) {
   LineClient idle(server.port());
   ASSERT_EQ(idle.ask("nodes"), "block 0\r\n");
   ASSERT_EQ(client.ask("frame " + announcementOf(LAMP, 3)), "ok taken\r\n");
+  // One does not read, so that an answer is held for it.
+  constexpr int SMALL = 4096;
+  const test::LoopbackPeer deaf(server.port(), "127.0.0.1", SMALL);
+  std::string questions;
+  for (int i = 0; i < 2000; ++i) questions += "health all xml\r\n";
+  ASSERT_TRUE(deaf.send(questions));
+  ASSERT_THAT(client.ask("nodes"), StartsWith("block 1\r\n"));
   ASSERT_FALSE(std::filesystem::exists(folder_.path("mesh.state")));
   server.signal(GetParam());
   EXPECT_EQ(server.status(), 0);
