@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -217,18 +218,74 @@ constexpr int KILLS = 100;  // a process takes long to start and to end
 constexpr int KILLS = 1000;
 #endif
 
-/// Saves two meshes in turn for as long as it lives, and writes a byte to `begun` when that begins.
-[[noreturn]] void saveForEver(const std::string& folder, const MeshServer& small, const MeshServer& large, int begun) {
+/// Saves two meshes in turn, the large one first, for as long as it lives, and writes a byte to `told` when that begins
+/// and after each save.
+[[noreturn]] void saveForEver(const std::string& folder, const MeshServer& small, const MeshServer& large, int told) {
   MeshServer mesh(0);
   MeshState state(folder, mesh);
-  if (::write(begun, "", 1) != 1) ::_exit(1);
+  const auto tell = [told] {
+    if (::write(told, "", 1) != 1) ::_exit(1);
+  };
+  tell();
   for (;;) {
     for (const MeshServer* const next : {&large, &small}) {
       mesh.restore(next->nodes(), {});
       state.save();
+      tell();
     }
   }
 }
+
+/// A process that saves for ever, until it is killed.
+class SavingProcess {
+ public:
+  SavingProcess(const std::string& folder, const MeshServer& small, const MeshServer& large) {
+    int ends[2];
+    if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
+    process_ = ::fork();
+    if (process_ == 0) {
+      ::close(ends[0]);
+      try {
+        saveForEver(folder, small, large, ends[1]);
+      } catch (...) {
+        ::_exit(1);
+      }
+    }
+    ::close(ends[1]);
+    heard_ = ends[0];
+    if (process_ < 0 || !hear()) kill(), throw std::runtime_error("the process could not begin to save");
+  }
+  ~SavingProcess() { kill(); }
+  SavingProcess(const SavingProcess&) = delete;
+  SavingProcess& operator=(const SavingProcess&) = delete;
+
+  /// Waits for so many saves.
+  void waitFor(unsigned int saves) {
+    for (; saves > 0; --saves) {
+      if (!hear()) throw std::runtime_error("the process ended of its own accord");
+    }
+  }
+
+  /// Kills it in whatever it does; false if it had ended of its own accord.
+  bool kill() {
+    if (process_ <= 0) return false;
+    ::kill(process_, SIGKILL);
+    int status = 0;
+    ::waitpid(process_, &status, 0);
+    ::close(heard_);
+    process_ = 0;
+    return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+  }
+
+ private:
+  bool hear() {
+    char byte = 0;
+    return ::read(heard_, &byte, 1) == 1;
+  }
+
+  pid_t process_ = 0;
+  int heard_ = -1;
+};
 
 TEST(MeshState, AKilledSaveLeavesOneStateOrTheOtherWhole) {
   const TemporaryDirectory scratch;
@@ -243,33 +300,24 @@ TEST(MeshState, AKilledSaveLeavesOneStateOrTheOtherWhole) {
 
   scratch.file("mesh.state", smallBytes);
 
-  constexpr unsigned int LATEST = 8000;  // microseconds, in which some saves are done
+  // How long one save takes on this machine, as loaded as it is: the kills come within two of them.
+  std::chrono::microseconds oneSave{};
+  {
+    constexpr unsigned int SAVES = 8;
+    SavingProcess process(scratch.path(), small, large);
+    const auto start = std::chrono::steady_clock::now();
+    process.waitFor(SAVES);
+    oneSave = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start) / SAVES;
+  }
   std::mt19937 chance(20'260'314);
   int interrupted = 0;
   int foundSmall = 0;
   for (int i = 0; i < KILLS; ++i) {
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t process = ::fork();
-    ASSERT_GE(process, 0);
-    if (process == 0) {
-      ::close(ends[0]);
-      try {
-        saveForEver(scratch.path(), small, large, ends[1]);
-      } catch (...) {
-        ::_exit(1);
-      }
-    }
-    ::close(ends[1]);
-    char begun = 0;
-    const ssize_t hasBegun = ::read(ends[0], &begun, 1);
-    std::this_thread::sleep_for(std::chrono::microseconds(chance() % LATEST));
-    ::kill(process, SIGKILL);
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    ::close(ends[0]);
-    ASSERT_EQ(hasBegun, 1) << "the process could not save";
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the process ended of its own accord";
+    SavingProcess process(scratch.path(), small, large);
+    // After none or one of them the large mesh is likely to be found, after two the small one.
+    process.waitFor(chance() % 3);
+    std::this_thread::sleep_for(std::chrono::microseconds(chance() % (2 * oneSave.count() + 1)));
+    ASSERT_TRUE(process.kill()) << "the process ended of its own accord";
 
     interrupted += std::filesystem::exists(unfinished) ? 1 : 0;
     const std::string found = test::contentOf(scratch.path("mesh.state"));
