@@ -35,6 +35,13 @@ if(VSO_SANITIZE)
   target_compile_options(vso_instrumentation INTERFACE -fsanitize=${VSO_SANITIZE} -fno-sanitize-recover=all
                                                        -fno-omit-frame-pointer)
   target_link_options(vso_instrumentation INTERFACE -fsanitize=${VSO_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(vso_instrumentation
+                           INTERFACE -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignore.txt)
+  else()
+    # There is no such list for it, so that the check the list is about goes as a whole.
+    target_compile_options(vso_instrumentation INTERFACE -fno-sanitize=vptr)
+  endif()
   if(VSO_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Asio's fences are not followed by the sanitizer, which is no warning of ours.
     target_compile_options(vso_instrumentation INTERFACE -Wno-tsan)

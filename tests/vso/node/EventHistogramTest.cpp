@@ -10,6 +10,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "support/LogCapture.h"
@@ -47,7 +48,15 @@ class EventHistogramOf : public testing::Test {
 };
 
 using Histograms = testing::Types<RebootHistogram, MessageFailHistogram>;
-TYPED_TEST_SUITE(EventHistogramOf, Histograms);
+
+/// What the tests of a histogram are named by.
+struct HistogramName {
+  template <typename Histogram>
+  static std::string GetName(int) {
+    return std::is_same_v<Histogram, RebootHistogram> ? "Reboots" : "MessageFailures";
+  }
+};
+TYPED_TEST_SUITE(EventHistogramOf, Histograms, HistogramName);
 
 TYPED_TEST(EventHistogramOf, StartsEmptyAtTheMomentOfItsConstruction) {
   const BPosixTime before = EventHistogram::localtime();

@@ -20,6 +20,7 @@
 #include "apps/vso/mesh/savedMesh.h"
 #include "mesh/announcements.h"
 #include "support/TemporaryDirectory.h"
+#include "support/sanitized.h"
 
 namespace qx::app {
 namespace {
@@ -212,11 +213,7 @@ TEST(MeshState, EveryBeginningOfAFileIsDamaged) {
   EXPECT_EQ(meshOfBytes(bytes).nodes.size(), 2u);
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int KILLS = 100;  // a process takes long to start and to end
-#else
-constexpr int KILLS = 1000;
-#endif
+constexpr int KILLS = test::IS_SANITIZED ? 100 : 1000;
 
 /// Saves two meshes in turn, the large one first, for as long as it lives, and writes a byte to `told` when that begins
 /// and after each save.

@@ -14,14 +14,6 @@
 
 namespace qx::test {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool IS_SANITIZED = true;
-#elif defined(__has_feature)
-constexpr bool IS_SANITIZED = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool IS_SANITIZED = false;
-#endif
-
 /// A running `line_crowd`, with pipes at its standard input and output.
 class Crowd {
  public:

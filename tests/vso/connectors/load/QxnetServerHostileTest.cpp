@@ -18,6 +18,7 @@
 #include "Crowd.h"
 #include "support/LogCapture.h"
 #include "support/Loopback.h"
+#include "support/sanitized.h"
 #include "vso/connectors/QxnetClient.h"
 #include "vso/connectors/QxnetServer.h"
 

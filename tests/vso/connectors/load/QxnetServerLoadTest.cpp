@@ -14,6 +14,7 @@
 #include "Crowd.h"
 #include "lines.h"
 #include "support/Loopback.h"
+#include "support/sanitized.h"
 #include "vso/connectors/QxnetClient.h"
 #include "vso/connectors/QxnetServer.h"
 
