@@ -55,14 +55,15 @@ class Shell:
                              ("examples", examples), ("bin/vso", program)):
             (tree / link).parent.mkdir(parents=True, exist_ok=True)
             (tree / link).symlink_to(target.resolve())
-        environment = dict(os.environ, PATH=f"{tree}/bin:{os.environ['PATH']}", NO_COLOR="1", LC_ALL="C")
+        environment = dict(os.environ, PATH=f"{tree}/bin:{os.environ['PATH']}", NO_COLOR="1", LC_ALL="C",
+                           TZ="UTC")  # health is about hours and days, which may be an hour shorter or longer
         self.bash = subprocess.Popen(["bash", "--norc"], cwd=folder, env=environment, stdin=subprocess.PIPE,
                                      stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True)
         self.unread = ""
 
     def run(self, command, lines):
         """What the command prints. One that runs on is waited for until it has printed so many lines."""
-        self.bash.stdin.write((command.replace(PORT, self.port) + "\nprintf '\\1%d\\1\\n' $?\n").encode())
+        self.bash.stdin.write((re.sub(rf"(?<=[:/]){PORT}\b", self.port, command) + "\nprintf '\\1%d\\1\\n' $?\n").encode())
         self.bash.stdin.flush()
         ending = None
         deadline = time.monotonic() + PATIENCE
@@ -80,7 +81,7 @@ class Shell:
                 sys.exit(f"the shell ended at {command!r}, which says {self.unread!r}")
             self.unread += piece.decode(errors="replace")
         said, self.unread = self.unread, ""
-        return said.replace("\r\n", "\n").replace(self.port, PORT).splitlines()
+        return re.sub(rf"(?<=[:/]){self.port}\b", PORT, said.replace("\r\n", "\n")).splitlines()
 
     def end(self):
         self.bash.stdin.close()

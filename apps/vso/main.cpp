@@ -64,6 +64,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   // A pipe that nobody reads any more is then a failed write, which is reported.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  // And so is a file that has become as large as it may.
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   // Of a message that does not parse it is said whose it is, and where it came from.
   google::protobuf::SetLogHandler(nullptr);
   try {

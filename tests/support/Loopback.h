@@ -51,7 +51,11 @@ bool runUntil(boost::asio::io_context& context, Condition isDone) {
 /// Runs `context` on this thread for long enough to see what should not happen, if it did.
 inline void runAWhile(boost::asio::io_context& context) {
   context.restart();
+  context.poll();  // what is ready, however late it is
+  context.restart();
   context.run_for(std::chrono::milliseconds(50));
+  context.restart();
+  context.poll();
 }
 
 /// Threads that run a context, until the end of this object.
@@ -103,6 +107,7 @@ class LoopbackPeer {
 
   /// Sends all of `text`. False if the connection is broken, or takes no more for too long.
   bool send(std::string_view text) const {
+    if (!isConnected()) return false;
     while (!text.empty()) {
       pollfd waiting{socket_, POLLOUT, 0};
       if (::poll(&waiting, 1, static_cast<int>(std::chrono::milliseconds(PATIENCE).count())) != 1) return false;

@@ -21,6 +21,10 @@ const log4cplus::Logger logger = log4cplus::Logger::getRoot();
 short QxZclHaDiagnostics::getProfileId() const { return ZclProfile::HOME_AUTOMATION; }
 short QxZclHaDiagnostics::getClusterId() const { return CLUSTER_ID; }
 
+bool QxZclHaDiagnostics::isMetricsReport() const {
+  return isValidLength() && affectsEntireProfile() && isReportAttributes() && !isManufacturerSpecific();
+}
+
 bool QxZclHaDiagnostics::sendMetrics(const std::string& name, const Euid& node) const {
   std::vector<ReportAttributeRecord> records;
   getReportAttributes(records);

@@ -19,6 +19,10 @@ class QxZclHaDiagnostics : public ZclMessage {
   short getProfileId() const override;
   short getClusterId() const override;
 
+  /// A whole report of public attributes, which is what `sendMetrics` is for: neither a command of the cluster's own
+  /// nor a manufacturer's attributes, whatever their numbers.
+  bool isMetricsReport() const;
+
   /// Sends each pair of the report as a metric of "vessori2.HOST.NAME.ADDRESS.zcl_diag", where ADDRESS is that of
   /// `node`. A pair is two records that follow each other. True on failure: two records that do not make a pair, or an
   /// odd number of them. That ends the walk; pairs before it have been sent.

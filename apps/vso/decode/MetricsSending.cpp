@@ -18,9 +18,7 @@ MetricsSending::~MetricsSending() { QxMetricsClient::instance().stop(); }
 void MetricsSending::send(const ReceivedFrame& frame) const {
   if (frame.profile != ZclProfile::HOME_AUTOMATION || frame.cluster != QxZclHaDiagnostics::CLUSTER_ID) return;
   const QxZclHaDiagnostics report(frame.bytes);
-  // Neither a command of the cluster's own nor a manufacturer's attributes, whatever their numbers.
-  const bool isReport = report.isValidLength() && report.affectsEntireProfile() && report.isReportAttributes();
-  if (isReport && !report.isManufacturerSpecific()) report.sendMetrics(name_, frame.node.value_or(node_));
+  if (report.isMetricsReport()) report.sendMetrics(name_, frame.node.value_or(node_));
 }
 
 }  // namespace qx::app

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <list>
 #include <utility>
+#include <vector>
 
 #include "vso/identifiers/FrameReader.h"
 #include "vso/layout/FrameVerdict.h"
@@ -15,6 +16,7 @@
 #include "vso/zcl/QxZclAnnounce.h"
 #include "vso/zcl/QxZclDiagnostics.h"
 #include "vso/zcl/QxZclHaDiagnostics.h"
+#include "vso/zcl/ReportAttributeRecord.h"
 #include "vso/zcl/ZclProfile.h"
 #include "vso/zdo/ZdoNetworkLqiResponse.h"
 #include "vso/zdo/ZdoNetworkRtgResponse.h"
@@ -36,7 +38,8 @@ constexpr unsigned int NETWORK_STATUS_SIZE = 3;
 
 /// If a device's own count of its reboots has moved by more than this, it was replaced or reset, which is one reboot.
 constexpr unsigned short MOST_MISSED_REBOOTS = 16;
-/// An announcement that is overtaken by the next one arrives within this time, in seconds.
+/// An announcement that is overtaken by the next one arrives within this time after the reboot that the next one told
+/// of, in seconds.
 constexpr int LATE = 60;
 
 constexpr unsigned short unsignedId(short id) { return static_cast<unsigned short>(id); }
@@ -68,6 +71,14 @@ ZigbeeNode newNode(const Euid& euid, std::time_t time) {
   node.sourceRouteFailuresHistogram(begunAt<MessageFailHistogram>(start));
   node.manyToOneRouteFailuresHistogram(begunAt<MessageFailHistogram>(start));
   return node;
+}
+
+/// What the source of a frame tells of itself: who it is, and where. The coordinator is where the address is 0.
+Zap newZap(const Euid& euid, unsigned short address) {
+  const bool isCoordinator = address == COORDINATOR;
+  Zap zap(0, 0, isCoordinator, euid, PanId(), 0, 0, -1, 0, isCoordinator, 0, 0);
+  zap.sid(address);
+  return zap;
 }
 
 /// The time of an event that a frame of `time` tells of. Histograms go forward alone: an event before the last one
@@ -157,10 +168,9 @@ MeshServer::Outcome MeshServer::sorted(const RecordedFrame& frame) {
   }
   if (isAnnouncement(frame)) return announced(frame);
   if (frame.profile == ZDO_PROFILE) return answered(frame);
-  ZigbeeNode* const source = node(frame.source);
-  if (source == nullptr) return isZap(frame) ? Outcome::HEARD : Outcome::STRANGER;
-  heard(*source, frame);
-  return diagnosed(frame, *source);
+  const Source source = heard(frame);
+  if (!source.isKnown()) return Outcome::STRANGER;
+  return source.node != nullptr ? diagnosed(frame, *source.node) : Outcome::HEARD;
 }
 
 /// A device says who it is.
@@ -171,7 +181,7 @@ MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
     const bool isKnownZap = zaps_.count(frame.source) != 0;
     if (isKnownZap || frame.shortAddress == COORDINATOR ||
         (isCoordinator(announce) && isSomebodys(frame.shortAddress))) {
-      zapOf(frame);
+      heardZap(frame);
       return Outcome::TAKEN;
     }
     if (isCoordinator(announce)) return Outcome::STRANGER;
@@ -179,7 +189,7 @@ MeshServer::Outcome MeshServer::announced(const RecordedFrame& frame) {
     found = nodes_.emplace(frame.source, newNode(frame.source, frame.time)).first;
   }
   ZigbeeNode& node = found->second;
-  heard(node, frame);
+  heardNode(node, frame);
   if (announce.hasBootCount()) countReboots(node, announce.bootCount(), frame.time);
   describe(node, announce);
   if (announce.hasApTable()) {
@@ -207,7 +217,9 @@ MeshServer::Outcome MeshServer::diagnosed(const RecordedFrame& frame, ZigbeeNode
   }
   if (isOf(frame, ZclProfile::HOME_AUTOMATION, QxZclHaDiagnostics::CLUSTER_ID)) {
     const QxZclHaDiagnostics diagnostics(frame.bytes);
-    if (!isReport(diagnostics) || diagnostics.isManufacturerSpecific()) return Outcome::HEARD;
+    std::vector<ReportAttributeRecord> records;
+    if (diagnostics.isMetricsReport()) diagnostics.getReportAttributes(records);
+    if (records.empty()) return Outcome::HEARD;
     return diagnostics.sendMetrics("vso", node.lid()) ? Outcome::HEARD : Outcome::TAKEN;
   }
   return Outcome::HEARD;
@@ -215,33 +227,28 @@ MeshServer::Outcome MeshServer::diagnosed(const RecordedFrame& frame, ZigbeeNode
 
 /// A node or an access point answers the server: a page of one of its tables, mostly.
 MeshServer::Outcome MeshServer::answered(const RecordedFrame& frame) {
-  ZigbeeNode* const source = node(frame.source);
-  if (source == nullptr && !isZap(frame)) return Outcome::STRANGER;
-  if (source != nullptr) heard(*source, frame);
-  Zap* const zap = source == nullptr ? &zapOf(frame) : nullptr;
-  Pages& pages = pages_[frame.source];
+  const Source source = heard(frame);
+  if (!source.isKnown()) return Outcome::STRANGER;
   if (frame.cluster == ZdoNetworkLqiResponse::COMMAND_ID) {
     const ZdoNetworkLqiResponse response(frame.bytes);
     if (response.status() != QX_ZDP_SUCCESS) return Outcome::HEARD;
-    std::list<Hop> page;
-    response.hops(page);
-    if (pages.hops.take(response.totalNeighborTableEntriesOnDevice(), response.startIndex(), page)) {
-      if (zap != nullptr) zap->setHopList(pages.hops.rows());
-      if (source != nullptr) source->setHopList(pages.hops.rows());
-      pages.hops = {};
-    }
+    const TablePage page{response.totalNeighborTableEntriesOnDevice(), response.startIndex(), frame.time};
+    std::list<Hop> rows;
+    response.hops(rows);
+    const auto table = pages_[frame.source].hops.take(page, std::move(rows));
+    if (table && source.node != nullptr) source.node->setHopList(*table);
+    if (table && source.zap != nullptr) source.zap->setHopList(*table);
     return Outcome::TAKEN;
   }
   if (frame.cluster == ZdoNetworkRtgResponse::COMMAND_ID) {
     const ZdoNetworkRtgResponse response(frame.bytes);
     if (response.status() != QX_ZDP_SUCCESS) return Outcome::HEARD;
-    std::list<Route> page;
-    response.routes(page);
-    if (pages.routes.take(response.totalRoutingTableEntriesOnDevice(), response.startIndex(), page)) {
-      if (zap != nullptr) zap->setRoutes(pages.routes.rows());
-      if (source != nullptr) source->setMtoRouteList(pages.routes.rows());
-      pages.routes = {};
-    }
+    const TablePage page{response.totalRoutingTableEntriesOnDevice(), response.startIndex(), frame.time};
+    std::list<Route> rows;
+    response.routes(rows);
+    const auto table = pages_[frame.source].routes.take(page, std::move(rows));
+    if (table && source.node != nullptr) source.node->setMtoRouteList(*table);
+    if (table && source.zap != nullptr) source.zap->setRoutes(*table);
     return Outcome::TAKEN;
   }
   return Outcome::HEARD;
@@ -252,23 +259,22 @@ MeshServer::Outcome MeshServer::answered(const RecordedFrame& frame) {
 MeshServer::Outcome MeshServer::routeFailed(const RecordedFrame& frame) {
   const bool isStatus = frame.cluster == NETWORK_STATUS;
   if (isStatus && frame.bytes.length_ != NETWORK_STATUS_SIZE) return Outcome::BROKEN;
-  ZigbeeNode* const source = node(frame.source);
-  if (source != nullptr) heard(*source, frame);
+  const Source source = heard(frame);
   FrameReader in(frame.bytes);
   const unsigned char status = isStatus ? in.u8() : 0;
   if (status == SOURCE_ROUTE_FAILURE) {
-    const auto found = byShortAddress_.find(in.u16le());
-    ZigbeeNode* const target = found == byShortAddress_.end() ? nullptr : node(found->second);
-    if (target != nullptr) {
+    const Euid* const owner = nodeAddresses_.ownerOf(in.u16le());
+    if (owner != nullptr) {
+      ZigbeeNode* const target = node(*owner);
       target->addSourceRouteFailure(eventTime(target->sourceRouteFailuresHistogram(), frame.time));
       return Outcome::TAKEN;
     }
   }
-  if (status == MANY_TO_ONE_ROUTE_FAILURE && source != nullptr) {
-    source->addManyToOneRouteFailure(eventTime(source->manyToOneRouteFailuresHistogram(), frame.time));
+  if (status == MANY_TO_ONE_ROUTE_FAILURE && source.node != nullptr) {
+    source.node->addManyToOneRouteFailure(eventTime(source.node->manyToOneRouteFailuresHistogram(), frame.time));
     return Outcome::TAKEN;
   }
-  return source != nullptr || isZap(frame) ? Outcome::HEARD : Outcome::STRANGER;
+  return source.isKnown() ? Outcome::HEARD : Outcome::STRANGER;
 }
 
 bool MeshServer::isZap(const RecordedFrame& frame) const {
@@ -276,48 +282,55 @@ bool MeshServer::isZap(const RecordedFrame& frame) const {
          zapNamings_.count(frame.shortAddress) != 0;
 }
 
-/// The record of the access point that a frame comes from, a new one if need be.
-Zap& MeshServer::zapOf(const RecordedFrame& frame) {
-  auto found = zaps_.find(frame.source);
-  const bool isNew = found == zaps_.end();
-  if (isNew) {
-    const bool isCoordinator = frame.shortAddress == COORDINATOR;
-    // Of a frame's source nothing more is known.
-    found =
-        zaps_.emplace(frame.source, Zap(0, 0, isCoordinator, frame.source, PanId(), 0, 0, -1, 0, isCoordinator, 0, 0))
-            .first;
+/// Notes where the source of a frame is, and that it is there.
+MeshServer::Source MeshServer::heard(const RecordedFrame& frame) {
+  ZigbeeNode* const known = node(frame.source);
+  if (known != nullptr) {
+    heardNode(*known, frame);
+    return {known, nullptr};
   }
-  Zap& zap = found->second;
-  if (isSomebodys(frame.shortAddress) && (isNew || zap.sid() != frame.shortAddress)) {
-    const auto former = std::find_if(zaps_.begin(), zaps_.end(), [&](const Zaps::value_type& other) {
-      return other.first != frame.source && other.second.sid() == frame.shortAddress;
-    });
-    if (former != zaps_.end()) {
-      pages_.erase(former->first);
-      zaps_.erase(former);
-    }
-    zap.sid(frame.shortAddress);
-  }
-  return zap;
+  return {nullptr, isZap(frame) ? &heardZap(frame) : nullptr};
 }
 
-void MeshServer::heard(ZigbeeNode& node, const RecordedFrame& frame) {
+void MeshServer::heardNode(ZigbeeNode& node, const RecordedFrame& frame) {
   if (isSomebodys(frame.shortAddress)) settle(node, frame.shortAddress);
   node.lastContact(std::max(frame.time, node.lastContact()));
   node.online(true);
   node.awake(true);
 }
 
+/// The record of the access point that a frame comes from, a new one if need be.
+Zap& MeshServer::heardZap(const RecordedFrame& frame) {
+  const auto found = zaps_.find(frame.source);
+  if (found != zaps_.end()) {
+    if (isSomebodys(frame.shortAddress)) settle(found->second, frame.shortAddress);
+    return found->second;
+  }
+  Zap& zap = zaps_.emplace(frame.source, newZap(frame.source, frame.shortAddress)).first->second;
+  settle(zap, frame.shortAddress);
+  return zap;
+}
+
 /// Makes the node the owner of an address.
 void MeshServer::settle(ZigbeeNode& node, unsigned short address) {
-  const auto [owner, isNew] = byShortAddress_.emplace(address, node.lid());
-  if (!isNew && owner->second == node.lid()) return;
-  if (!isNew) {
-    nodes_.at(owner->second).sid(UNKNOWN_ADDRESS);
-    owner->second = node.lid();
-  }
-  if (node.sid() != address) byShortAddress_.erase(node.sid());
+  const auto former = nodeAddresses_.give(address, node.lid());
+  if (former) nodes_.at(*former).sid(UNKNOWN_ADDRESS);
   node.sid(address);
+}
+
+/// Makes the access point the owner of an address; who had it is gone.
+void MeshServer::settle(Zap& zap, unsigned short address) {
+  const auto former = zapAddresses_.give(address, zap.id());
+  if (former) {
+    pages_.erase(*former);
+    zaps_.erase(*former);
+  }
+  zap.sid(address);
+  if (zap.coordinator() == (address == COORDINATOR)) return;
+  std::list<Hop> hops;
+  zap.getHopList(hops);
+  zap = newZap(zap.id(), address);  // which keeps its routes
+  zap.setHopList(hops);
 }
 
 void MeshServer::nameZaps(const ZigbeeNode& node) {
@@ -346,14 +359,15 @@ void MeshServer::restore(Nodes nodes, Zaps zaps) {
   nodes_ = std::move(nodes);
   zaps_ = std::move(zaps);
   pages_.clear();
-  byShortAddress_.clear();
+  nodeAddresses_.clear();
+  zapAddresses_.clear();
   zapNamings_.clear();
+  for (const auto& [euid, zap] : zaps_) zapAddresses_.give(zap.sid(), euid);
   for (auto& [euid, node] : nodes_) {
     nameZaps(node);
     const unsigned short address = node.sid();
-    const auto owner = byShortAddress_.find(address);
-    if (!isSomebodys(address) ||
-        (owner != byShortAddress_.end() && nodes_.at(owner->second).lastContact() > node.lastContact())) {
+    const Euid* const owner = nodeAddresses_.ownerOf(address);
+    if (!isSomebodys(address) || (owner != nullptr && nodes_.at(*owner).lastContact() > node.lastContact())) {
       node.sid(UNKNOWN_ADDRESS);
     } else {
       settle(node, address);

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "apps/vso/mesh/RecordedFrame.h"
+#include "apps/vso/mesh/ShortAddresses.h"
 #include "apps/vso/mesh/TablePages.h"
 #include "vso/identifiers/Euid.h"
 #include "vso/mesh/Hop.h"
@@ -23,7 +24,7 @@ namespace qx::app {
 ///
 /// A device is a node from its first announcement on. An access point is known by the nodes: it is the source of a
 /// short address that their tables of access points name, or 0, the coordinator's; or it announces itself as a
-/// coordinator. A node stays one, whatever others say.
+/// coordinator. A node stays one, whatever others say. An access point is the coordinator while its address is 0.
 ///
 /// A short address has one owner among the nodes, and one among the access points, who spoke from it last. A node that
 /// lost its own has UNKNOWN_ADDRESS until it speaks again; an access point that lost its own is gone.
@@ -37,9 +38,11 @@ class MeshServer {
   /// What became of a frame.
   enum class Outcome {
     TAKEN,    ///< It changed a record, or was handed on as metrics.
-    HEARD,    ///< It says nothing that is kept, but that its node is there.
+    HEARD,    ///< It says nothing that is kept, but that its source is there.
     BROKEN,   ///< It is not whole; nothing was changed.
-    STRANGER  ///< Nobody knows its source, and it is no announcement, or there are MOST_NODES; nothing was changed.
+    STRANGER  ///< Nothing was changed: nobody knows its source, and it neither tells of a failed route to a node nor
+              ///< is the announcement of a new one; or that one says that it is a coordinator, and has no address; or
+              ///< there are MOST_NODES.
   };
   struct Counts {
     std::size_t taken = 0;
@@ -93,6 +96,12 @@ class MeshServer {
     TablePages<Hop> hops;
     TablePages<Route> routes;
   };
+  /// Whom a frame comes from: a node, an access point, or neither.
+  struct Source {
+    ZigbeeNode* node = nullptr;
+    Zap* zap = nullptr;
+    bool isKnown() const { return node != nullptr || zap != nullptr; }
+  };
 
   Outcome sorted(const RecordedFrame& frame);
   Outcome announced(const RecordedFrame& frame);
@@ -100,9 +109,11 @@ class MeshServer {
   Outcome answered(const RecordedFrame& frame);
   Outcome routeFailed(const RecordedFrame& frame);
   bool isZap(const RecordedFrame& frame) const;
-  Zap& zapOf(const RecordedFrame& frame);
-  void heard(ZigbeeNode& node, const RecordedFrame& frame);
+  Source heard(const RecordedFrame& frame);
+  void heardNode(ZigbeeNode& node, const RecordedFrame& frame);
+  Zap& heardZap(const RecordedFrame& frame);
   void settle(ZigbeeNode& node, unsigned short address);
+  void settle(Zap& zap, unsigned short address);
   void nameZaps(const ZigbeeNode& node);
   void forgetZaps(const ZigbeeNode& node);
 
@@ -112,8 +123,9 @@ class MeshServer {
   Counts counts_;
   /// Tables of which some pages are still to come.
   std::map<Euid, Pages> pages_;
-  /// By short address: which node is there, and how many rows of the nodes' tables name it an access point.
-  std::unordered_map<unsigned short, Euid> byShortAddress_;
+  ShortAddresses nodeAddresses_;
+  ShortAddresses zapAddresses_;
+  /// How many rows of the nodes' tables name a short address that of an access point.
   std::unordered_map<unsigned short, std::size_t> zapNamings_;
 };
 

@@ -68,15 +68,18 @@ void StateDirectory::save(const std::string& name, const std::string& content) c
 }
 
 std::string StateDirectory::setAside(const std::string& name) const {
+  const std::string file = fileOf(name);
   for (int number = 1;; ++number) {
-    std::string aside = fileOf(name) + ".damaged-" + std::to_string(number);
+    std::string aside = file + ".damaged-" + std::to_string(number);
     // A link, unlike a renaming, replaces nothing.
-    if (::link(fileOf(name).c_str(), aside.c_str()) == 0) {
+    if (::link(file.c_str(), aside.c_str()) == 0) {
       // The old name goes when the new one is on the disk.
       folderAt(path_).sync();
-      if (::unlink(fileOf(name).c_str()) != 0) throw FileError(fileOf(name), errno);
+      if (::unlink(file.c_str()) != 0) throw FileError(file, errno);
       return aside;
     }
+    const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP;
+    if (hasNoLinks && ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) == 0) return aside;
     if (errno != EEXIST) throw FileError(aside, errno);
   }
 }

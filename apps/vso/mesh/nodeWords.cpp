@@ -34,6 +34,10 @@ std::string nameOf(const ZigbeeNode& node) {
   return node.hasProduct() ? cleanText(node.product()) : node.lid().toString();
 }
 
+std::string counted(std::size_t number, const std::string& thing) {
+  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
 std::string typeOf(const ZigbeeNode& node) { return node.deviceTypeStr(); }
 
 std::string textOfAddress(unsigned short address) { return hexStr(address, sizeof address, true); }

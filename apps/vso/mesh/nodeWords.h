@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 
 #include "vso/node/ZigbeeNode.h"
@@ -10,6 +11,9 @@ namespace qx::app {
 
 /// What people call the node, else its product, else its long address. In UTF-8, and safe for a terminal.
 std::string nameOf(const ZigbeeNode& node);
+
+/// "1 node", "2 nodes".
+std::string counted(std::size_t number, const std::string& thing);
 
 /// "Router" and so on, as the library says it.
 std::string typeOf(const ZigbeeNode& node);

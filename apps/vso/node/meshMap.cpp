@@ -13,6 +13,7 @@
 #include <cstring>
 #include <list>
 #include <map>
+#include <set>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -103,6 +104,15 @@ std::string lookOf(unsigned int lqi) {
   return std::string("color=") + colour + ", fontcolor=" + colour + ", penwidth=" + width;
 }
 
+/// How many devices are drawn: all that are known, and those that others name as a neighbour.
+std::size_t devicesOf(const MeshServer& mesh, const std::vector<Line>& lines) {
+  std::set<Euid> devices;
+  for (const auto& [euid, node] : mesh.nodes()) devices.insert(euid);
+  for (const auto& [euid, zap] : mesh.zaps()) devices.insert(euid);
+  for (const Line& line : lines) devices.insert({line.one, line.other});
+  return devices.size();
+}
+
 /// How the picture is laid out, so that Graphviz is done within seconds: lines that bend around nodes take a minute
 /// for 1000 links, and neato, which alone heeds the length of a link, for 4000 devices.
 std::string layoutOf(std::size_t devices, std::size_t links) {
@@ -189,7 +199,7 @@ std::string graphOf(MeshServer& mesh) {
   std::string graph =
       "graph mesh {\n"
       "  " +
-      layoutOf(mesh.nodes().size() + mesh.zaps().size(), lines.size()) +
+      layoutOf(devicesOf(mesh, lines), lines.size()) +
       " overlap=scale; outputorder=edgesfirst; bgcolor=white;\n"
       "  node [shape=box, style=\"rounded,filled\", fontname=\"sans-serif\", fontsize=11];\n"
       "  edge [fontname=\"sans-serif\", fontsize=9];\n";

@@ -24,6 +24,7 @@
 #include "apps/vso/mesh/MeshState.h"
 #include "apps/vso/mesh/RecordedFrame.h"
 #include "apps/vso/mesh/nodeTable.h"
+#include "apps/vso/mesh/nodeWords.h"
 #include "apps/vso/printText.h"
 #include "apps/vso/replay/ProgressBar.h"
 #include "apps/vso/textValues.h"
@@ -34,9 +35,10 @@ namespace qx::app {
 namespace {
 
 constexpr const char* HELP = R"(Lines:
-  A line holds when a frame came (seconds since 1970), the long and the short
-  address of its source, and profile, cluster and bytes as vso decode reads
-  them. A '#' starts a comment.
+  A line holds when a frame came (seconds since 1970, or now), the long and the
+  short address of its source, and profile, cluster and bytes as vso decode
+  reads them. A '#' starts a comment. A recording is read twice, so that it has
+  to be a file.
 
     1700000000 0011223344556677 0x1a2b 0x0104 6 18 05 01 00 00 00 10 01
 
@@ -199,9 +201,9 @@ class Replay {
 
   static std::string summaryOf(const MeshServer& mesh) {
     const MeshServer::Counts& counts = mesh.counts();
-    return "\n" + std::to_string(mesh.nodes().size()) + " nodes, " + std::to_string(mesh.zaps().size()) +
-           " access points; " + std::to_string(counts.total()) + " frames, of which " + std::to_string(counts.broken) +
-           " broken and " + std::to_string(counts.strangers) + " from strangers\n";
+    return "\n" + counted(mesh.nodes().size(), "node") + ", " + counted(mesh.zaps().size(), "access point") + "; " +
+           counted(counts.total(), "frame") + ", of which " + std::to_string(counts.broken) + " broken and " +
+           std::to_string(counts.strangers) + " from strangers\n";
   }
 
   const Options& options_;

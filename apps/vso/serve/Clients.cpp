@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <boost/asio/error.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
-#include <chrono>
+#include <iterator>
 #include <utility>
 
 #include "qxnet/TCPConnection.h"
@@ -15,6 +15,9 @@ namespace qx::app {
 namespace {
 
 constexpr const char* DELIMITER = "\r\n";
+
+constexpr std::chrono::milliseconds SHORTEST_PAUSE(5);
+constexpr std::chrono::milliseconds LONGEST_PAUSE(160);
 
 /// A server that has no descriptor left for a connection accepts no more, so it should not come to that.
 std::size_t mostClients() {
@@ -49,7 +52,7 @@ class Clients::Listener : public QxnetServer {
 };
 
 Clients::Clients(boost::asio::io_context& context, LineCommands& commands)
-    : context_(context), commands_(commands), most_(mostClients()), nextSending_(context) {}
+    : context_(context), commands_(commands), most_(mostClients()), nextSending_(context), pause_(SHORTEST_PAUSE) {}
 
 boost::shared_ptr<QxnetServer> Clients::serverAt(const boost::asio::ip::tcp::endpoint& place, Failed hasFailed) {
   count_ = 0;
@@ -58,13 +61,19 @@ boost::shared_ptr<QxnetServer> Clients::serverAt(const boost::asio::ip::tcp::end
 }
 
 void Clients::handleData(QxnetTcpConnectionPtr connection, const std::string& data) {
-  std::string answer = data == DELIMITER ? std::string() : commands_.answer(data);
-  if (connection->asyncWrite(answer) != boost::asio::error::no_buffer_space) {
-    connection->asyncReadUntil(DELIMITER);
-    return;
-  }
-  held_.emplace(std::move(connection), std::move(answer));
-  if (held_.size() == 1) sendLater();
+  if (answer(*connection, data)) return;
+  held_.emplace(std::move(connection), data);
+  pause_ = SHORTEST_PAUSE;
+  sendLater();
+}
+
+/// False, and nothing is done, if there is no room for an answer.
+bool Clients::answer(net::stream::TCPConnection& connection, const std::string& line) {
+  // Where there is room for nothing there is room for an answer of any size.
+  if (connection.asyncWrite({}) == boost::asio::error::no_buffer_space) return false;
+  if (line != DELIMITER) connection.asyncWrite(commands_.answer(line));
+  connection.asyncReadUntil(DELIMITER);
+  return true;
 }
 
 void Clients::handleState(QxnetTcpConnectionPtr connection, QxnetConnectionState state,
@@ -83,26 +92,23 @@ void Clients::handleState(QxnetTcpConnectionPtr connection, QxnetConnectionState
   connection->asyncReadUntil(DELIMITER);
 }
 
-/// A connection does not tell when it has sent something.
+/// A connection does not tell when it has sent something. Who has not read for long is looked at more seldom.
 void Clients::sendLater() {
-  nextSending_.expires_after(std::chrono::milliseconds(5));
+  nextSending_.expires_after(pause_);
   nextSending_.async_wait([this](const BErrorCode& error) {
     if (error) return;
-    sendHeld();
+    pause_ = sendHeld() ? SHORTEST_PAUSE : std::min(2 * pause_, LONGEST_PAUSE);
     if (!held_.empty()) sendLater();
   });
 }
 
-void Clients::sendHeld() {
+/// True if there was room for any.
+bool Clients::sendHeld() {
+  const std::size_t before = held_.size();
   for (auto held = held_.begin(); held != held_.end();) {
-    const auto& [connection, answer] = *held;
-    if (connection->asyncWrite(answer) == boost::asio::error::no_buffer_space) {
-      ++held;
-      continue;
-    }
-    connection->asyncReadUntil(DELIMITER);
-    held = held_.erase(held);
+    held = answer(*held->first, held->second) ? held_.erase(held) : std::next(held);
   }
+  return held_.size() < before;
 }
 
 }  // namespace qx::app

@@ -5,6 +5,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/smart_ptr/shared_ptr.hpp>
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -17,7 +18,8 @@
 namespace qx::app {
 
 /// Hands the lines of all clients to the commands, and the answers back, each in its turn. A client that reads slower
-/// than it asks is waited for: no more of its lines are read until its answers have room.
+/// than it asks is waited for: while 1 MiB of its answers wait, no more of its lines are read or answered. So what
+/// waits for a client is less than that and one answer.
 ///
 /// For the thread that runs the context.
 class Clients : public QxnetClient {
@@ -40,16 +42,19 @@ class Clients : public QxnetClient {
 
  private:
   class Listener;
+  bool answer(net::stream::TCPConnection& connection, const std::string& line);
   void sendLater();
-  void sendHeld();
+  bool sendHeld();
 
   boost::asio::io_context& context_;
   LineCommands& commands_;
   const std::size_t most_;
   std::size_t count_ = 0;
-  /// Answers for which there is no room yet.
+  /// Lines for whose answers there is no room yet.
   std::map<QxnetTcpConnectionPtr, std::string> held_;
   boost::asio::steady_timer nextSending_;
+  /// Until the next look at them.
+  std::chrono::milliseconds pause_;
 };
 
 }  // namespace qx::app

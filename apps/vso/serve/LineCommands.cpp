@@ -99,6 +99,9 @@ struct LineCommands::Command {
   std::size_t leastWords;
   std::size_t mostWords;
   std::string (LineCommands::*answer)(const Words& words);
+
+  /// What is said for it.
+  std::string line() const { return std::string(name) + (*usage != '\0' ? " " : "") + usage; }
 };
 
 const std::vector<LineCommands::Command>& LineCommands::commands() {
@@ -129,7 +132,7 @@ std::string LineCommands::answer(const std::string& line) try {
   for (const Command& command : commands()) {
     if (command.name != name) continue;
     if (words.size() < command.leastWords || words.size() > command.mostWords) {
-      return error("usage: " + name + (*command.usage != '\0' ? " " : "") + command.usage);
+      return error("usage: " + command.line());
     }
     return (this->*command.answer)(words);
   }
@@ -223,8 +226,7 @@ ZigbeeNode& LineCommands::nodeOf(const std::string& word) {
 std::string LineCommands::usage() {
   std::string lines;
   for (const Command& command : commands()) {
-    std::string line = std::string(command.name) + (*command.usage != '\0' ? " " : "") + command.usage;
-    lines += line + "\n    " + command.description + "\n";
+    lines += command.line() + "\n    " + command.description + "\n";
   }
   return lines;
 }

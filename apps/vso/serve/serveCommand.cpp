@@ -16,12 +16,15 @@
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 
 #include "apps/vso/ExitStatus.h"
 #include "apps/vso/mesh/MeshServer.h"
 #include "apps/vso/mesh/MeshState.h"
+#include "apps/vso/mesh/nodeWords.h"
+#include "apps/vso/printText.h"
 #include "apps/vso/serve/Clients.h"
 #include "apps/vso/serve/LineCommands.h"
 #include "apps/vso/textValues.h"
@@ -36,8 +39,9 @@ namespace {
 constexpr const char* HELP = R"(Protocol:
   Lines that end with CR LF, each answered in turn by "ok", "ok TEXT", "error
   TEXT", or "block N" and N lines more. Lines without a byte are passed over. A
-  line above 64 KiB ends its connection. Who reads slowly is waited for. There
-  are at most 200 clients.
+  line above 64 KiB ends its connection, also if answers are on their way. Who
+  reads slowly is waited for. There are at most 200 clients, or half as many as
+  the process may have descriptors.
 
 )";
 
@@ -47,7 +51,8 @@ constexpr const char* EXAMPLES = R"(
 State:
   The folder holds the mesh (mesh.state), the id of the process that uses it
   (vso.pid) and that process's lock. The mesh is saved on "save", now and then,
-  and at the end, by SIGTERM, SIGINT or SIGHUP.
+  and at the end, by SIGTERM, and by SIGINT or SIGHUP unless they were ignored
+  when it was started (nohup).
 
 Examples:
   vso serve --state home
@@ -84,6 +89,12 @@ Place placeOf(const std::string& text) {
   return {parsed, static_cast<unsigned short>(parseNumber(text.substr(colon + 1), 0, LAST_PORT))};
 }
 
+/// Whether who started us wants a signal to do nothing, as nohup does.
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 class Serving {
  public:
   explicit Serving(const Options& options)
@@ -94,9 +105,13 @@ class Serving {
         clients_(mesh_.context(), commands_),
         place_(placeOf(options.listen)),
         server_(newServer()),
-        end_(mesh_.context(), SIGTERM, SIGINT, SIGHUP),
+        end_(mesh_.context(), SIGTERM),
         nextSave_(mesh_.context()),
-        nextStart_(mesh_.context()) {}
+        nextStart_(mesh_.context()) {
+    for (const int signal : {SIGINT, SIGHUP}) {
+      if (!isIgnored(signal)) end_.add(signal);
+    }
+  }
 
   int run() {
     if (options_.metrics) {
@@ -114,9 +129,12 @@ class Serving {
     place_ = server_->endpoint();
     const bool isAlone = place_.address().is_loopback();
     if (!isAlone) std::cerr << "vso: whoever reaches " << place_ << " can change the mesh\n";
-    std::cout << "listening at " << place_ << (isAlone ? " (this machine alone)" : "") << ", state in " << state_.file()
-              << ", " << mesh_.nodes().size() << " nodes" << std::endl;
+    std::ostringstream line;
+    line << "listening at " << place_ << (isAlone ? " (this machine alone)" : "") << ", state in " << state_.file()
+         << ", " << counted(mesh_.nodes().size(), "node") << "\n";
+    if (const int trouble = printText(line.str())) return trouble;
     end_.async_wait([this](const BErrorCode& /*error*/, int /*signal*/) {
+      isEnding_ = true;
       server_->stop();
       nextSave_.cancel();
       nextStart_.cancel();
@@ -143,21 +161,30 @@ class Serving {
 
   /// Whatever an accept lacked may be there again in a moment. The clients have to come again too.
   void startLater() {
-    nextStart_.expires_after(std::chrono::seconds(1));
-    nextStart_.async_wait([this](const BErrorCode& error) {
-      if (error) return;
+    waitFor(nextStart_, std::chrono::seconds(1), [this] {
       server_->stop();
       server_ = newServer();
-      if (server_->start()) startLater();
+      const BErrorCode error = server_->start();
+      if (error && error != said_) std::cerr << "vso: cannot listen at " << place_ << ": " << error.message() << "\n";
+      said_ = error;
+      if (error) startLater();
     });
   }
 
   void saveLater() {
-    nextSave_.expires_after(std::chrono::seconds(options_.saveEvery));
-    nextSave_.async_wait([this](const BErrorCode& error) {
-      if (error) return;
+    waitFor(nextSave_, std::chrono::seconds(options_.saveEvery), [this] {
       save(&MeshState::saveChanges);
       saveLater();
+    });
+  }
+
+  /// Does something later, unless the server ends before: a time that has come already cannot be cancelled.
+  template <typename Work>
+  void waitFor(boost::asio::steady_timer& timer, std::chrono::seconds time, Work work) {
+    if (isEnding_) return;
+    timer.expires_after(time);
+    timer.async_wait([this, work](const BErrorCode& error) {
+      if (!error && !isEnding_) work();
     });
   }
 
@@ -180,6 +207,9 @@ class Serving {
   boost::asio::signal_set end_;
   boost::asio::steady_timer nextSave_;
   boost::asio::steady_timer nextStart_;
+  /// Why it could not listen again, as it was told.
+  BErrorCode said_;
+  bool isEnding_ = false;
 };
 
 int serve(const Options& options) {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <log4cplus/loglevel.h>
 
-#include <chrono>
 #include <climits>
 #include <ctime>
 #include <memory>
@@ -538,10 +537,9 @@ TYPED_TEST(EventHistogramOf, NoWindowAndNoClockMakeAnOperationLong) {
   for (const unsigned int window : {7U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
     for (const BPosixTime& now : times) {
       TypeParam histogram = histogramOf<TypeParam>(window, {1, 2, 3, 4, 5, 6, 7});
-      const auto begin = std::chrono::steady_clock::now();
+      const std::clock_t begin = std::clock();  // of this process, whatever else the machine does
       histogram.update(now);
-      const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-      ASSERT_LT(taken.count(), 1.0) << "window " << window << " at " << now;
+      ASSERT_LT(std::clock() - begin, CLOCKS_PER_SEC) << "window " << window << " at " << now;
     }
   }
 }

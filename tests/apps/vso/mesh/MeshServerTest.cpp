@@ -301,6 +301,16 @@ TEST_F(MeshServerTest, DropsATableWithAGap) {
   EXPECT_EQ(neighboursOf(node(LAMP)), "");
 }
 
+TEST_F(MeshServerTest, DropsTheBeginningOfATableThatHasChangedOrGrownOld) {
+  take(announcement(NOON, LAMP, 1));
+  take(neighbourPage(NOON, LAMP, pageOf(2, 0, {neighbourRow(0x20)})));
+  take(neighbourPage(NOON, LAMP, pageOf(3, 1, {neighbourRow(0x21), neighbourRow(0x22)})));
+  EXPECT_EQ(neighboursOf(node(LAMP)), "");
+  take(routePage(NOON, LAMP, pageOf(2, 0, {routeRow(0x40)})));
+  take(routePage(NOON + HOUR, LAMP, pageOf(2, 1, {routeRow(0x41)})));
+  EXPECT_EQ(routesOf(node(LAMP)), "");
+}
+
 TEST_F(MeshServerTest, KeepsNeighboursAndRoutesOfAccessPoints) {
   EXPECT_EQ(take(neighbourPage(NOON, COORDINATOR, pageOf(2, 0, {neighbourRow(0x20)}))), Outcome::TAKEN);
   EXPECT_EQ(neighboursOf(zap(COORDINATOR)), "");
@@ -358,6 +368,44 @@ TEST_F(MeshServerTest, LeavesANodeANode) {
   EXPECT_EQ(neighboursOf(node(LAMP)), "20:32");
 }
 
+TEST_F(MeshServerTest, KnowsAccessPointsByWhateverTheySend) {
+  EXPECT_EQ(take(frameOf(NOON, COORDINATOR, HOME_PROFILE, 0x0006, "18 05 0a 00 00 10 01")), Outcome::HEARD);
+  EXPECT_TRUE(zap(COORDINATOR).coordinator());
+  take(announcement(NOON, LAMP, 1));
+  EXPECT_EQ(take(networkStatus(NOON, ACCESS_POINT, 0x09, 0)), Outcome::HEARD);
+  EXPECT_EQ(zap(ACCESS_POINT).sid(), 0x7A01);
+  EXPECT_EQ(take(frameOf(NOON, Device{ACCESS_POINT.euid, 0x7A02}, HOME_PROFILE, 0x0006, "18 05 0a 00 00 10 01")),
+            Outcome::HEARD);
+  EXPECT_EQ(zap(ACCESS_POINT).sid(), 0x7A02);
+  EXPECT_EQ(take(networkStatus(NOON, Device{ACCESS_POINT.euid, 0x7A03}, 0x09, 0)), Outcome::HEARD);
+  EXPECT_EQ(zap(ACCESS_POINT).sid(), 0x7A03);
+  EXPECT_THAT(mesh_.zaps(), SizeIs(2));
+}
+
+TEST_F(MeshServerTest, TakesTheAccessPointAtAddressZeroForTheCoordinator) {
+  take(neighbourPage(NOON, COORDINATOR, pageOf(1, 0, {neighbourRow(0x20)})));
+  take(routePage(NOON, COORDINATOR, pageOf(1, 0, {routeRow(0x40)})));
+  const Device moved{COORDINATOR.euid, 0x0050};
+  take(neighbourPage(NOON, moved, pageOf(2, 0, {neighbourRow(0x21)})));
+  EXPECT_EQ(zap(moved).sid(), 0x0050);
+  EXPECT_FALSE(zap(moved).coordinator());
+  EXPECT_FALSE(zap(moved).configuredAsCoordinator());
+  EXPECT_EQ(neighboursOf(zap(moved)), "20:32");
+  EXPECT_EQ(routesOf(zap(moved)), "6720>6976");
+
+  const Device successor{"0017880100a00009", 0x0000};
+  take(neighbourPage(NOON, successor, pageOf(1, 0, {neighbourRow(0x30)})));
+  EXPECT_TRUE(zap(successor).coordinator());
+  EXPECT_THAT(mesh_.zaps(), SizeIs(2)) << "address 0 was free";
+
+  take(neighbourPage(NOON, COORDINATOR, pageOf(2, 1, {neighbourRow(0x22)})));
+  EXPECT_TRUE(zap(COORDINATOR).coordinator()) << "back again";
+  EXPECT_TRUE(zap(COORDINATOR).configuredAsCoordinator());
+  EXPECT_EQ(neighboursOf(zap(COORDINATOR)), "21:33 22:34");
+  EXPECT_EQ(routesOf(zap(COORDINATOR)), "6720>6976");
+  EXPECT_THAT(mesh_.zaps(), SizeIs(1)) << "and so the successor is gone";
+}
+
 TEST_F(MeshServerTest, HasOneAccessPointAnAddress) {
   take(neighbourPage(NOON, COORDINATOR, pageOf(1, 0, {neighbourRow(0x20)})));
   take(neighbourPage(NOON, COORDINATOR, pageOf(2, 0, {neighbourRow(0x21)})));
@@ -391,14 +439,17 @@ RecordedFrame announcementOfZaps(const Device& device, const std::string& octets
 }
 
 TEST_F(MeshServerTest, ForgetsAccessPointsThatNobodyNamesAnyMore) {
-  const RecordedFrame frame = frameOf(NOON, ACCESS_POINT, HOME_PROFILE, 0x0006, "18 05 0a 00 00 10 01");
+  const auto frameFrom = [](const char* euid) {
+    return frameOf(NOON, Device{euid, ACCESS_POINT.address}, HOME_PROFILE, 0x0006, "18 05 0a 00 00 10 01");
+  };
   take(announcementOfZaps(LAMP, "04 7a 01 7a 01"));
   take(announcementOfZaps(SENSOR, "04 00 00 7a 01"));
-  EXPECT_EQ(take(frame), Outcome::HEARD);
+  EXPECT_EQ(take(frameFrom("0017880100a00051")), Outcome::HEARD);
   take(announcementOfZaps(LAMP, "02 7a 02"));
-  EXPECT_EQ(take(frame), Outcome::HEARD) << "the sensor names it";
+  EXPECT_EQ(take(frameFrom("0017880100a00052")), Outcome::HEARD) << "the sensor names it";
   take(announcementOfZaps(SENSOR, "00"));
-  EXPECT_EQ(take(frame), Outcome::STRANGER);
+  EXPECT_EQ(take(frameFrom("0017880100a00053")), Outcome::STRANGER);
+  EXPECT_EQ(take(frameFrom("0017880100a00052")), Outcome::HEARD) << "who was known stays so";
   take(announcementOfZaps(SENSOR, "04 ff ff ff f8"));
   for (const unsigned short address : {0xFFF8, 0xFFFF}) {
     EXPECT_EQ(take(neighbourPage(NOON, Device{ACCESS_POINT.euid, address}, pageOf(0, 0, {}))), Outcome::STRANGER)
@@ -548,6 +599,7 @@ TEST_F(MeshServerTest, SendsNothingOfOtherFrames) {
     EXPECT_NE(take(frameOf(NOON, LAMP, HOME_PROFILE, 0x0B05, head + METRIC)), Outcome::TAKEN) << head;
   }
   EXPECT_EQ(take(frameOf(NOON, LAMP, HOME_PROFILE, 0x0B05, "18 05 0a 1e 01 42 01 74")), Outcome::HEARD) << "no pair";
+  EXPECT_EQ(take(frameOf(NOON, LAMP, HOME_PROFILE, 0x0B05, "18 05 0a")), Outcome::HEARD) << "nothing";
   EXPECT_EQ(take(frameOf(NOON, NOBODY, HOME_PROFILE, 0x0B05, "18 05 0a" + METRIC)), Outcome::STRANGER);
   EXPECT_THAT(gateway.datagrams(), IsEmpty());
 }

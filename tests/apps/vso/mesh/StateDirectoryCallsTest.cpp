@@ -214,6 +214,26 @@ TEST_F(StateDirectoryCalls, AnOldNameGoesWhenTheNewOneIsOnTheDisk) {
   EXPECT_THAT(made({"link", "fsync", "unlink"}), ElementsAre("link mesh mesh.damaged-1", "fsync state", "unlink mesh"));
 }
 
+TEST_F(StateDirectoryCalls, AFileSystemWithoutLinksRenames) {
+  const StateDirectory folder(scratch_.path("state"));
+  for (const int error : {EPERM, EOPNOTSUPP}) {
+    folder.save("mesh", "damaged");
+    std::filesystem::remove(scratch_.path("state/mesh.damaged-1"));
+    std::string aside;
+    EXPECT_EQ(watch([&] { aside = folder.setAside("mesh"); }, 0, error), "");
+    EXPECT_THAT(made({"link"}), ElementsAre("link mesh mesh.damaged-1"));
+    EXPECT_EQ(aside, scratch_.path("state/mesh.damaged-1"));
+    EXPECT_EQ(test::contentOf(aside), "damaged");
+    EXPECT_FALSE(std::filesystem::exists(scratch_.path("state/mesh")));
+  }
+  // What was set aside before is not lost.
+  folder.save("mesh", "damaged too");
+  std::string aside;
+  EXPECT_EQ(watch([&] { aside = folder.setAside("mesh"); }, 0, EPERM), "");
+  EXPECT_EQ(aside, scratch_.path("state/mesh.damaged-2"));
+  EXPECT_EQ(test::contentOf(scratch_.path("state/mesh.damaged-1")), "damaged");
+}
+
 TEST_F(StateDirectoryCalls, ASaveThatFailsAnywhereKeepsTheOldContent) {
   const StateDirectory folder(scratch_.path("state"));
   std::vector<std::string> failed;

@@ -39,6 +39,12 @@ TEST(NodeWords, NameANodeWithoutBytesThatATerminalObeys) {
             "d\\t\\x07");
 }
 
+TEST(NodeWords, CountThings) {
+  EXPECT_EQ(counted(0, "node"), "0 nodes");
+  EXPECT_EQ(counted(1, "node"), "1 node");
+  EXPECT_EQ(counted(65'528, "access point"), "65528 access points");
+}
+
 TEST(NodeWords, TellTypes) {
   const char* const types[] = {"Unknown",           "Coordinator",       "Router", "End Device",
                                "Sleepy End Device", "Mobile End Device", "Unknown"};

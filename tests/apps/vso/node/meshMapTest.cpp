@@ -168,6 +168,24 @@ TEST(MeshMap, TakesASwifterLayoutForMoreDevicesAndLinks) {
   EXPECT_EQ(layoutOf(1001, 251), "layout=sfdp; splines=line;");
 }
 
+TEST(MeshMap, CountsTheNeighboursThatNobodyKnowsForItsLayout) {
+  const auto isSwift = [](unsigned int strangers) {
+    Mesh::Nodes nodes;
+    std::list<Hop> hops;
+    for (unsigned int i = 0; i < strangers; ++i) {
+      char euid[17];
+      std::snprintf(euid, sizeof euid, "%016x", 0x20000 + i);
+      hops.push_back(hopTo(euid, 200));
+    }
+    add(nodes, nodeOf(CELLAR, 1, "lamp", hops));
+    add(nodes, nodeOf("0000000000010000", 1, "lamp", hops));
+    Mesh mesh(nodes, {});
+    return graphOf(mesh).find("layout=sfdp") != std::string::npos;
+  };
+  EXPECT_FALSE(isSwift(998));
+  EXPECT_TRUE(isSwift(999));
+}
+
 TEST(MeshMap, CallsANodeWithoutALabelByItsProductOrItsAddress) {
   ZigbeeNode node;
   node.lid(test::euidOf(LAMP));

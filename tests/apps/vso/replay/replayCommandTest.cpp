@@ -126,14 +126,14 @@ TEST(ReplayCommand, MovesTheLastFrameToNow) {
   const test::TemporaryFile file(boot(0, 1) + "# twelve more\n" + boot(60, 13));
   EXPECT_THAT(endsOf(replay({file.name()}).out),
               ElementsAre("online  12/day yellow  0/h green         0/h green",
-                          "1 nodes, 0 access points; 2 frames, of which 0 broken and 0 from strangers"));
+                          "1 node, 0 access points; 2 frames, of which 0 broken and 0 from strangers"));
 }
 
 TEST(ReplayCommand, LeavesTimesAsTheyAreIfAskedTo) {
   const test::TemporaryFile file(boot(0, 1) + boot(60, 13));
   EXPECT_THAT(endsOf(replay({"--as-recorded", file.name()}).out),
               ElementsAre("online  0/day green  0/h green         0/h green",
-                          "1 nodes, 0 access points; 2 frames, of which 0 broken and 0 from strangers"));
+                          "1 node, 0 access points; 2 frames, of which 0 broken and 0 from strangers"));
 }
 
 TEST(ReplayCommand, KeepsTheOrderOfTheFilesAndOfTheirLines) {
@@ -163,7 +163,7 @@ TEST(ReplayCommand, SaysWhichLinesDoNotDoAndReplaysTheOthers) {
                              file.name() + ":8: hex: missing\n");
   EXPECT_THAT(endsOf(outcome.out),
               ElementsAre("online  2/day green  0/h green         0/h green",
-                          "1 nodes, 0 access points; 2 frames, of which 0 broken and 0 from strangers"));
+                          "1 node, 0 access points; 2 frames, of which 0 broken and 0 from strangers"));
 }
 
 TEST(ReplayCommand, SaysWhichFilesDoNotReadAndReplaysTheOthers) {
@@ -173,7 +173,7 @@ TEST(ReplayCommand, SaysWhichFilesDoNotReadAndReplaysTheOthers) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "vso: " + folder.path("missing") + ": No such file or directory\n" +  //
                              "vso: " + folder.path() + ": Is a directory\n");
-  EXPECT_THAT(outcome.out, HasSubstr("\n1 nodes, "));
+  EXPECT_THAT(outcome.out, HasSubstr("\n1 node, "));
 }
 
 // The files are read twice: once for the time of the last frame.
@@ -196,7 +196,7 @@ TEST(ReplayCommand, RefusesAPipe) {
 TEST(ReplayCommand, ReplaysAFileThatIsStandardInput) {
   const Outcome outcome = runProgram({{"replay", "/dev/stdin"}, boot(0, 1), {ZONE}});
   EXPECT_EQ(outcome.err, "");
-  EXPECT_THAT(outcome.out, HasSubstr("\n1 nodes, 0 access points; 1 frames"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n1 node, 0 access points; 1 frame"));
 }
 
 TEST(ReplayCommand, ReplaysNothing) {
@@ -221,8 +221,7 @@ TEST(ReplayCommand, StandsTimesThatLieFarApart) {
     const Outcome outcome = replay(arguments);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(linesOf(outcome.out).back(),
-              "1 nodes, 0 access points; 4 frames, of which 0 broken and 0 from strangers");
+    EXPECT_EQ(linesOf(outcome.out).back(), "1 node, 0 access points; 4 frames, of which 0 broken and 0 from strangers");
   }
 }
 
@@ -249,7 +248,7 @@ TEST(ReplayCommand, GoesOnFromTheStateThatTheLastOneKept) {
   EXPECT_EQ(after.err, "");
   EXPECT_THAT(endsOf(after.out),
               ElementsAre("online  5/day green  0/h green         0/h green",
-                          "1 nodes, 0 access points; 1 frames, of which 0 broken and 0 from strangers"));
+                          "1 node, 0 access points; 1 frame, of which 0 broken and 0 from strangers"));
 }
 
 TEST(ReplayCommand, LooksAtSilenceFromTheNewestContactOnBesideAnOlderRecording) {
@@ -289,7 +288,7 @@ TEST(ReplayCommand, LeavesOutWhatIsToComeUnlessItIsMoved) {
   const Outcome outcome = replay({"--as-recorded", file.name()});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, file.name() + ":2: time: it is to come\n");
-  EXPECT_EQ(endsOf(outcome.out).back(), "1 nodes, 0 access points; 1 frames, of which 0 broken and 0 from strangers");
+  EXPECT_EQ(endsOf(outcome.out).back(), "1 node, 0 access points; 1 frame, of which 0 broken and 0 from strangers");
   EXPECT_EQ(replay({file.name()}).status, 0);
 }
 
@@ -332,7 +331,7 @@ TEST(ReplayCommand, BeginsAnewBesideAStateThatDoesNotRead) {
   EXPECT_EQ(outcome.err, "vso: " + saved + ": it is no saved mesh, or has lost its end; it is kept as " + saved +
                              ".damaged-1, and the mesh begins anew\n");
   EXPECT_EQ(test::contentOf(saved + ".damaged-1"), damaged);
-  EXPECT_THAT(outcome.out, HasSubstr("\n1 nodes, "));
+  EXPECT_THAT(outcome.out, HasSubstr("\n1 node, "));
 }
 
 TEST(ReplayCommand, RefusesAStateThatItCannotKeep) {
@@ -361,7 +360,7 @@ TEST(ReplayCommand, SaysThatItsOutputWasLost) {
       test::runProgramInto("/dev/full", {{"replay", "--state", folder.path("state"), day}, "", {ZONE}});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "vso: standard output: No space left on device\n");
-  EXPECT_THAT(replay({"--state", folder.path("state"), day}).out, HasSubstr("\n1 nodes, ")) << "the state was kept";
+  EXPECT_THAT(replay({"--state", folder.path("state"), day}).out, HasSubstr("\n1 node, ")) << "the state was kept";
 }
 
 TEST(ReplayCommand, RefusesWrongUsage) {

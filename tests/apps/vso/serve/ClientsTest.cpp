@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <ctime>
 #include <memory>
 #include <string>
@@ -97,6 +98,23 @@ TEST_F(ClientsTest, AreHeardAgainWhenTheyHaveRead) {
   EXPECT_TRUE(runUntil(context_, [&] { return peer.received().size() == enough * report.size() + 4; }));
   EXPECT_EQ(peer.received().substr(0, report.size()), report);
   EXPECT_THAT(peer.received(), EndsWith("</health>\r\nok\r\n"));
+  EXPECT_EQ(saves_, 1);
+}
+
+TEST_F(ClientsTest, WaitForRoomWithTheirLineAndNotWithItsAnswer) {
+  const std::size_t sizeOfOne = commands_.answer("health all xml").size();
+  const std::size_t enough = 8 * net::stream::TCPConnection::WRITE_LIMIT / sizeOfOne;
+  for (std::size_t i = 0; i < enough; ++i) {
+    char euid[17];
+    std::snprintf(euid, sizeof euid, "%016zx", 0x10000 + i);
+    ASSERT_EQ(commands_.answer("frame " + test::announcementOf(euid, 1)), "ok taken\r\n");
+  }
+  constexpr int SMALL = 4096;
+  LoopbackPeer peer(port(), "127.0.0.1", SMALL);
+  ASSERT_TRUE(peer.send("health all xml\r\nsave\r\n"));
+  test::runAWhile(context_);
+  EXPECT_EQ(saves_, 0);
+  EXPECT_TRUE(runUntil(context_, [&] { return testing::Value(peer.received(), EndsWith("</health>\r\nok\r\n")); }));
   EXPECT_EQ(saves_, 1);
 }
 

@@ -13,7 +13,7 @@
 
 namespace qx::test {
 
-ServeProcess::ServeProcess(const std::vector<std::string>& arguments) {
+ServeProcess::ServeProcess(const std::vector<std::string>& arguments, const std::vector<int>& ignored) {
   std::vector<std::string> words{VSO_PROGRAM, "serve"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   const std::vector<char*> argv = pointers(words);
@@ -25,6 +25,10 @@ ServeProcess::ServeProcess(const std::vector<std::string>& arguments) {
     const int file = ::open(errors.c_str(), O_WRONLY | O_APPEND);
     ::dup2(ends[1], STDOUT_FILENO);
     ::dup2(file, STDERR_FILENO);
+    // What the tests were started with is not for the server: files that are open, signals that are ignored.
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+    for (const int end : {SIGTERM, SIGINT, SIGHUP}) static_cast<void>(::signal(end, SIG_DFL));
+    for (const int end : ignored) static_cast<void>(::signal(end, SIG_IGN));
     ::execv(VSO_PROGRAM, argv.data());
     ::_exit(127);
   }

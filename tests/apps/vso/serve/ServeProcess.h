@@ -12,10 +12,10 @@
 
 namespace qx::test {
 
-/// `vso serve` with these arguments. Ended in the end, if it still runs.
+/// `vso serve` with these arguments, started by somebody who ignores some signals. Ended in the end, if it still runs.
 class ServeProcess {
  public:
-  explicit ServeProcess(const std::vector<std::string>& arguments);
+  explicit ServeProcess(const std::vector<std::string>& arguments, const std::vector<int>& ignored = {});
   ~ServeProcess();
   ServeProcess(const ServeProcess&) = delete;
   ServeProcess& operator=(const ServeProcess&) = delete;
