@@ -401,11 +401,21 @@ TEST_F(Serve, EndsAlsoIfItIsTimeToSave) {
   ASSERT_TRUE(client.send(lines));
   for (int number = 0; number < NODES; ++number) ASSERT_EQ(client.answer(), "ok taken\r\n");
 
-  // While it works on a long answer the signal comes, and then the time to save.
-  const auto aMoment = [] { std::this_thread::sleep_for(std::chrono::milliseconds(20)); };
+  // While it works on a long answer there come another line and the signal, in whatever order it looks at them; and
+  // while it works on the other line, the time to save.
+  LineClient other(server.port());
+  ASSERT_EQ(other.ask("health " + LAMP), "error there is no node " + LAMP + "\r\n");
+  const std::string state = folder_.path("mesh.state");
+  std::filesystem::remove(state);
+  ASSERT_EQ(client.ask("label 0000000000010000 lamp"), "ok\r\n");
+  ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(state); })) << "and the interval begins";
+  const auto aMoment = [] { std::this_thread::sleep_for(std::chrono::milliseconds(50)); };
+  client.peer().take();  // the answers so far
   ASSERT_TRUE(client.send("health all xml\r\n"));
   aMoment();
+  ASSERT_TRUE(other.send("health all xml\r\n"));
   server.signal(SIGTERM);
+  EXPECT_TRUE(waitUntil([&] { return client.peer().take() > 0; }));
   aMoment();
   server.signal(SIGSTOP);
   std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // the interval, which cannot be shorter
