@@ -33,10 +33,10 @@ class TablePages {
     if (page.start == 0) {
       first_ = page;
       rows_.clear();
-    } else if (page.start < rows_.size() && isOfTheSameTable(page)) {
-      return std::nullopt;
-    } else if (page.start != rows_.size() || !isOfTheSameTable(page)) {
+    } else if (page.start > rows_.size() || !isOfTheSameTable(page)) {
       rows_.clear();
+      return std::nullopt;
+    } else if (page.start < rows_.size()) {
       return std::nullopt;
     }
     rows_.splice(rows_.end(), rows);
